@@ -12,5 +12,15 @@
 #include <vort/messaging/Gate.h>
 #include <vort/messaging/Mutex.h>
 #include <vort/messaging/ReadWriteLock.h>
+#include <vort/services/ApplicationContext.h>
+#include <vort/services/ErrorHandling.h>
+#include <vort/services/EventLoopTickling.h>
+#include <vort/services/EventManagement.h>
+#include <vort/services/Printing.h>
+#include <vort/services/TWrapperClassRegistry.h>
+#include <vort/services/TessarCaller.h>
+#include <vort/services/Translation.h>
+#include <vort/services/VTRCCreator.h>
+#include <vort/services/VTService.h>
 
 #endif  // VORT_VORT_H

@@ -1,0 +1,121 @@
+#include <vort/services/ApplicationContext.h>
+#include <vort/services/ErrorHandling.h>
+#include <vort/services/EventLoopTickling.h>
+#include <vort/services/EventManagement.h>
+#include <vort/services/Printing.h>
+#include <vort/services/TWrapperClassRegistry.h>
+#include <vort/services/TessarCaller.h>
+#include <vort/services/Translation.h>
+#include <vort/services/VTRCCreator.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+using namespace VTServices;
+
+namespace {
+
+// The output functions handed to the print operations; the plain class must never call them.
+int g_printed = 0;
+int countingOutput(const char *) {
+    return ++g_printed;
+}
+void ignoreDatum(std::int64_t) {}
+void ignoreFeature(int) {}
+void ignoreWork(void *) {}
+
+}  // namespace
+
+TEST(ServiceKeys, EachServiceIsKeyedByItsClassName) {
+    const struct {
+        std::string key;
+        const char *expected;
+    } table[] = {
+        {VTRCCreator::serviceName(), "VTRCCreator"},
+        {Translation::serviceName(), "Translation"},
+        {EventManagement::serviceName(), "EventManagement"},
+        {EventLoopTickling::serviceName(), "EventLoopTickling"},
+        {ErrorHandling::serviceName(), "ErrorHandling"},
+        {Printing::serviceName(), "Printing"},
+        {ApplicationContext::serviceName(), "ApplicationContext"},
+        {TessarCaller::serviceName(), "TessarCaller"},
+        {TWrapperClassRegistry::serviceName(), "TWrapperClassRegistry"},
+    };
+    for (auto const &row : table) {
+        EXPECT_EQ(row.key, row.expected);
+    }
+}
+
+TEST(ServiceDefaults, TranslationReturnsTheVeryPointerItWasGiven) {
+    Translation translation;
+    const char text[] = "Untitled";
+    EXPECT_EQ(translation.translate(text), text);
+    const std::string empty;
+    EXPECT_EQ(translation.translate(empty.c_str()), empty.c_str());
+}
+
+TEST(ServiceDefaults, ApplicationContextKnowsNothingAndEnablesEverything) {
+    ApplicationContext context;
+    context.registerFeature("Antialiasing", 0, &ignoreFeature);
+    EXPECT_TRUE(context.isFeatureEnabled("Antialiasing"));
+    EXPECT_TRUE(context.isFeatureEnabled("never registered"));
+    EXPECT_TRUE(context.isFeatureEnabled(""));
+    EXPECT_EQ(context.getPreferencesDirectory(true), nullptr);
+    EXPECT_EQ(context.getPreferencesDirectory(false), nullptr);
+    EXPECT_EQ(context.getRelease(), nullptr);
+    EXPECT_EQ(context.getRoot(), nullptr);
+    EXPECT_EQ(context.getBinArchDir(), nullptr);
+    EXPECT_EQ(context.getCharacterEncoding(), nullptr);
+}
+
+TEST(ServiceDefaults, EventManagementHandsOutZeroAndDoesNothing) {
+    EventManagement events;
+    EXPECT_EQ(events.getUserEventHandle(&ignoreDatum), 0);
+    EXPECT_EQ(events.getUserEventHandle(), 0);
+    events.doEvent(7, std::int64_t(1) << 40);
+    events.doEvent(7);
+    events.doEvent();
+    events.processPendingEvents();
+    events.addWorkProc(&ignoreWork);
+    EventLoopTickling tickling;
+    tickling.tickle();
+}
+
+TEST(ServiceDefaults, ErrorHandlingAnswersModeZeroAndPrintsNothing) {
+    ErrorHandling errors;
+    EXPECT_EQ(errors.setErrorMode(ErrorHandling::VerboseErrorMode), ErrorHandling::ErrorMode(0));
+    EXPECT_EQ(errors.setErrorMode(ErrorHandling::ErrorMode(42)), ErrorHandling::ErrorMode(0));
+    g_printed = 0;
+    errors.printMachineConfiguration(&countingOutput);
+    errors.printStackTrace(&countingOutput);
+    EXPECT_EQ(g_printed, 0);
+}
+
+TEST(ServiceDefaults, PrintingAnswersZeroWithoutTouchingThePicture) {
+    Printing printing;
+    // The plain class only passes the reference through, so it can be made from any storage.
+    alignas(16) unsigned char storage[64] = {};
+    QPicture &picture = reinterpret_cast<QPicture &>(storage);
+    EXPECT_EQ(printing.QPicture2Figure(picture), 0.0);
+    EXPECT_EQ(printing.LGtoQtPaperOrientation("landscape"), 0);
+    EXPECT_EQ(printing.LGtoQtPaperSize("A4"), 0);
+    printing.PrintQPicture(picture, "printer", "file", "title", 2, "A4", "portrait", true, false,
+                           true, false, true);
+    printing.PrintQPictureWithDialog(picture);
+    for (unsigned char byte : storage) {
+        ASSERT_EQ(byte, 0);
+    }
+}
+
+TEST(ServiceDefaults, PassThroughServicesAnswerNull) {
+    VTRCCreator creator;
+    EXPECT_EQ(creator.createVTRC("canvas", "view", true), nullptr);
+    TessarCaller caller;
+    caller.tessarCallFcn("plot(1:10)");
+    TWrapperClassRegistry registry;
+    EXPECT_EQ(registry.getTWrapperClassFor(nullptr), nullptr);
+    EXPECT_EQ(registry.getTWrapperClassFor(reinterpret_cast<VORT::TWrappedObject *>(&registry)),
+              nullptr);
+}
