@@ -5,6 +5,7 @@
 
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Library.h>
+#include <vort/bones/ModuleObject.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
