@@ -6,6 +6,8 @@
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/ModuleObject.h>
+#include <vort/bones/VHash.h>
+#include <vort/bones/VList.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
