@@ -6,6 +6,7 @@
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/ModuleObject.h>
+#include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VList.h>
 #include <vort/err/ErrorDescription.h>
@@ -15,13 +16,17 @@
 #include <vort/messaging/Gate.h>
 #include <vort/messaging/Mutex.h>
 #include <vort/messaging/ReadWriteLock.h>
+#include <vort/messaging/TessarTimer.h>
+#include <vort/messaging/ThrottledCallback.h>
 #include <vort/services/ApplicationContext.h>
 #include <vort/services/ErrorHandling.h>
 #include <vort/services/EventLoopTickling.h>
 #include <vort/services/EventManagement.h>
+#include <vort/services/LumigraphClient.h>
 #include <vort/services/Printing.h>
 #include <vort/services/TWrapperClassRegistry.h>
 #include <vort/services/TessarCaller.h>
+#include <vort/services/TessarTimerService.h>
 #include <vort/services/Translation.h>
 #include <vort/services/VTRCCreator.h>
 #include <vort/services/VTService.h>

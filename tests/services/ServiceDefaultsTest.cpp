@@ -2,9 +2,11 @@
 #include <vort/services/ErrorHandling.h>
 #include <vort/services/EventLoopTickling.h>
 #include <vort/services/EventManagement.h>
+#include <vort/services/LumigraphClient.h>
 #include <vort/services/Printing.h>
 #include <vort/services/TWrapperClassRegistry.h>
 #include <vort/services/TessarCaller.h>
+#include <vort/services/TessarTimerService.h>
 #include <vort/services/Translation.h>
 #include <vort/services/VTRCCreator.h>
 
@@ -42,6 +44,8 @@ TEST(ServiceKeys, EachServiceIsKeyedByItsClassName) {
         {ApplicationContext::serviceName(), "ApplicationContext"},
         {TessarCaller::serviceName(), "TessarCaller"},
         {TWrapperClassRegistry::serviceName(), "TWrapperClassRegistry"},
+        {LumigraphClient::serviceName(), "LumigraphClient"},
+        {TessarTimerService::serviceName(), "TessarTimerService"},
     };
     for (auto const &row : table) {
         EXPECT_EQ(row.key, row.expected);
@@ -118,4 +122,16 @@ TEST(ServiceDefaults, PassThroughServicesAnswerNull) {
     EXPECT_EQ(registry.getTWrapperClassFor(nullptr), nullptr);
     EXPECT_EQ(registry.getTWrapperClassFor(reinterpret_cast<VORT::TWrappedObject *>(&registry)),
               nullptr);
+}
+
+TEST(ServiceDefaults, LumigraphClientKnowsNoItemsAndMakesNoServers) {
+    LumigraphClient client;
+    EXPECT_FALSE(client.isValidItem(0));
+    EXPECT_FALSE(client.isValidItem(INT64_C(0x7fffffffffffffff)));
+    EXPECT_EQ(client.createSceneServer(), nullptr);
+    client.destroySceneServer(nullptr);
+    lg::Command *command = reinterpret_cast<lg::Command *>(&client);
+    client.disposeCommand(command);
+    EXPECT_EQ(command, reinterpret_cast<lg::Command *>(&client)) << "the plain client nulled it";
+    EXPECT_EQ(client.getViewerInterfaceForServer(nullptr), nullptr);
 }

@@ -1,0 +1,32 @@
+#include <vort/bones/NotifyBlockPasted.h>
+
+#include <gtest/gtest.h>
+
+using VORT::NotifyBlockPasted;
+
+namespace {
+
+class Paste : public VTMS::Listener {
+public:
+    ~Paste() override { disconnect(); }
+    void onPasted() { ++count; }
+    int count = 0;
+};
+
+}  // namespace
+
+TEST(NotifyBlockPasted, OneInstanceCallsItsListenersDirectly) {
+    NotifyBlockPasted *const instance = NotifyBlockPasted::getInstance();
+    ASSERT_NE(instance, nullptr);
+    EXPECT_EQ(NotifyBlockPasted::getInstance(), instance);
+    EXPECT_FALSE(instance->hasConnections());
+
+    Paste paste;
+    instance->connect(&paste, &Paste::onPasted);
+    EXPECT_TRUE(instance->hasConnections());
+    // The default mode calls a listener without a thread inside the send.
+    instance->send();
+    EXPECT_EQ(paste.count, 1);
+    paste.disconnect();
+    EXPECT_FALSE(instance->hasConnections());
+}

@@ -1,0 +1,232 @@
+#include "FakeTimerService.h"
+#include <vort/messaging/ThrottledCallback.h>
+#include <vort/services/TessarTimerService.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+using VORT::ThrottledCallback;
+using vort_test::FakeTimerService;
+using VTServices::TessarTimerService;
+using VTServices::VTService;
+using Event = FakeTimerService::Event;
+
+namespace {
+
+class Counting : public ThrottledCallback {
+public:
+    explicit Counting(int interval, FakeTimerService *service = nullptr)
+        : ThrottledCallback(interval), m_service(service) {}
+    ~Counting() override { disconnect(); }
+
+    int calls = 0;
+    // How many timer starts the service had seen when each call ran.
+    std::vector<size_t> startsSeenAtCall;
+
+protected:
+    void doCall() override {
+        ++calls;
+        if (m_service != nullptr) {
+            startsSeenAtCall.push_back(m_service->events.size());
+        }
+    }
+
+private:
+    FakeTimerService *m_service;
+};
+
+class ThrottledCallbackTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        service = new FakeTimerService;
+        VTService<TessarTimerService>::install(service);
+    }
+    void TearDown() override { VTService<TessarTimerService>::install(nullptr); }
+
+    // The id of the timer that the callback started most recently.
+    unsigned int lastTimer() const { return service->events.back().id; }
+
+    FakeTimerService *service = nullptr;
+};
+
+}  // namespace
+
+TEST_F(ThrottledCallbackTest, FirstTriggerCallsAtOnceAfterStartingTheInterval) {
+    Counting callback(250, service);
+    EXPECT_TRUE(service->events.empty()) << "a callback starts no timer until triggered";
+    callback.trigger();
+    EXPECT_EQ(callback.calls, 1);
+    ASSERT_EQ(service->events.size(), 1u);
+    EXPECT_EQ(service->events[0].kind, FakeTimerService::Single);
+    EXPECT_EQ(service->events[0].milliseconds, 250);
+    EXPECT_EQ(callback.startsSeenAtCall, std::vector<size_t>{1}) << "the work ran before the start";
+}
+
+TEST_F(ThrottledCallbackTest, TriggersDuringTheIntervalCollapseIntoOneCallAtTheTimeOut) {
+    Counting callback(100);
+    callback.trigger();
+    const unsigned int timer = lastTimer();
+    callback.trigger();
+    callback.trigger();
+    callback.trigger();
+    EXPECT_EQ(callback.calls, 1);
+    EXPECT_EQ(service->events.size(), 1u);
+
+    ASSERT_TRUE(service->fire(timer));
+    EXPECT_EQ(callback.calls, 2);
+    ASSERT_EQ(service->events.size(), 2u) << "the pending call starts a new interval";
+    EXPECT_EQ(service->events[1], (Event{FakeTimerService::Single, timer, 100}));
+
+    // Nothing pending: the time-out ends the interval and calls nothing.
+    ASSERT_TRUE(service->fire(timer));
+    EXPECT_EQ(callback.calls, 2);
+    EXPECT_EQ(service->events.size(), 2u);
+
+    // So the next trigger fires at once.
+    callback.trigger();
+    EXPECT_EQ(callback.calls, 3);
+    EXPECT_EQ(service->events.size(), 3u);
+}
+
+TEST_F(ThrottledCallbackTest, BlockHoldsCallsBackUntilUnblocked) {
+    Counting callback(100);
+    EXPECT_FALSE(callback.isBlocked());
+    callback.blockCall();
+    EXPECT_TRUE(callback.isBlocked());
+    callback.trigger();
+    callback.trigger();
+    EXPECT_EQ(callback.calls, 0);
+    EXPECT_TRUE(service->events.empty());
+
+    callback.unblockCall();
+    EXPECT_FALSE(callback.isBlocked());
+    EXPECT_EQ(callback.calls, 1) << "a pending call with no interval running is made at once";
+    EXPECT_EQ(service->events.size(), 1u);
+
+    // Unblocking with nothing pending calls nothing.
+    callback.blockCall();
+    callback.unblockCall();
+    EXPECT_EQ(callback.calls, 1);
+}
+
+TEST_F(ThrottledCallbackTest, BlockDuringTheIntervalDefersThePendingCallPastTheTimeOut) {
+    Counting callback(100);
+    callback.trigger();
+    const unsigned int timer = lastTimer();
+    callback.trigger();
+    callback.blockCall();
+
+    ASSERT_TRUE(service->fire(timer));
+    EXPECT_EQ(callback.calls, 1) << "the block holds the pending call at the time-out";
+    EXPECT_EQ(service->events.size(), 1u);
+
+    callback.unblockCall();
+    EXPECT_EQ(callback.calls, 2);
+    EXPECT_EQ(service->events.size(), 2u);
+}
+
+TEST_F(ThrottledCallbackTest, UnblockWhileTheIntervalRunsWaitsForTheTimeOut) {
+    Counting callback(100);
+    callback.trigger();
+    const unsigned int timer = lastTimer();
+    callback.blockCall();
+    callback.trigger();
+    callback.unblockCall();
+    EXPECT_EQ(callback.calls, 1) << "the interval still stands in the way";
+
+    ASSERT_TRUE(service->fire(timer));
+    EXPECT_EQ(callback.calls, 2) << "the pending call survived the unblock";
+}
+
+TEST_F(ThrottledCallbackTest, NewIntervalAppliesFromTheNextStart) {
+    Counting callback(100);
+    EXPECT_EQ(callback.getInterval(), 100);
+    callback.trigger();
+    const unsigned int timer = lastTimer();
+    callback.setInterval(400);
+    EXPECT_EQ(callback.getInterval(), 400);
+    EXPECT_EQ(service->events.size(), 1u) << "the running interval isn't restarted";
+    callback.trigger();
+    ASSERT_TRUE(service->fire(timer));
+    EXPECT_EQ(service->events.back(), (Event{FakeTimerService::Single, timer, 400}));
+}
+
+TEST_F(ThrottledCallbackTest, EachCallbackHasATimerOfItsOwn) {
+    Counting first(100);
+    Counting second(100);
+    first.trigger();
+    second.trigger();
+    ASSERT_EQ(service->events.size(), 2u);
+    EXPECT_NE(service->events[0].id, service->events[1].id);
+    first.trigger();
+    second.trigger();
+    ASSERT_TRUE(service->fire(service->events[1].id));
+    EXPECT_EQ(first.calls, 1) << "the other callback's time-out reached this one";
+    EXPECT_EQ(second.calls, 2);
+}
+
+TEST_F(ThrottledCallbackTest, CopySharesTheTimerButHearsNoTimeOut) {
+    Counting original(100);
+    Counting copy(original);
+    copy.trigger();
+    ASSERT_EQ(service->events.size(), 1u);
+    const unsigned int timer = lastTimer();
+    copy.trigger();
+    EXPECT_EQ(copy.calls, 1);
+
+    original.trigger();
+    EXPECT_EQ(original.calls, 1);
+    ASSERT_EQ(service->events.size(), 2u);
+    EXPECT_EQ(service->events[1].id, timer) << "the copy shares the original's timer";
+
+    original.trigger();
+    ASSERT_TRUE(service->fire(timer));
+    EXPECT_EQ(original.calls, 2);
+    EXPECT_EQ(copy.calls, 1) << "the copy is not connected to the timer";
+}
+
+TEST_F(ThrottledCallbackTest, TimeOutAfterTheCallbackIsGoneReachesNothing) {
+    auto callback = std::make_unique<Counting>(100);
+    callback->trigger();
+    const unsigned int timer = lastTimer();
+    callback->trigger();
+    callback.reset();
+    // The service still holds the timer, and runs it out into an emitter without listeners.
+    EXPECT_TRUE(service->fire(timer));
+    EXPECT_EQ(service->activeCount(), 0);
+}
+
+TEST_F(ThrottledCallbackTest, WorkMayTriggerAgainAndEndsPending) {
+    struct Retriggering : ThrottledCallback {
+        Retriggering() : ThrottledCallback(50) {}
+        ~Retriggering() override { disconnect(); }
+        int calls = 0;
+        void doCall() override {
+            if (++calls == 1) {
+                trigger();  // inside the interval that the call itself started
+            }
+        }
+    } callback;
+    callback.trigger();
+    EXPECT_EQ(callback.calls, 1);
+    ASSERT_TRUE(service->fire(lastTimer()));
+    EXPECT_EQ(callback.calls, 2) << "a trigger from inside the work is kept as pending";
+    ASSERT_TRUE(service->fire(lastTimer()));
+    EXPECT_EQ(callback.calls, 2);
+}
+
+TEST(ThrottledCallbackOnThePlainService, StaysInItsFirstIntervalForGood) {
+    VTService<TessarTimerService>::install(new TessarTimerService);
+    {
+        Counting callback(10);
+        callback.trigger();
+        callback.trigger();
+        callback.trigger();
+        EXPECT_EQ(callback.calls, 1) << "the plain service never runs a timer out";
+        callback.unblockCall();
+        EXPECT_EQ(callback.calls, 1);
+    }
+    VTService<TessarTimerService>::install(nullptr);
+}
