@@ -1,0 +1,115 @@
+#include "QtHostTestSupport.h"
+#include <vort/qthost/ApplicationContext.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QStandardPaths>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+using VORT::QtHost::ApplicationContext;
+using vort_test::QtHostWarnings;
+
+namespace {
+
+int g_lastChange = -1;
+void remember(int value) {
+    g_lastChange = value;
+}
+
+std::string local(const QString &path) {
+    return QFile::encodeName(path).toStdString();
+}
+
+}  // namespace
+
+TEST(QtApplicationContext, AnswersFromTheApplication) {
+    ApplicationContext context;
+    ASSERT_NE(context.getPreferencesDirectory(false), nullptr);
+    const QString expected = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    EXPECT_EQ(context.getPreferencesDirectory(false), local(QDir::cleanPath(expected)));
+    EXPECT_NE(std::string(context.getPreferencesDirectory(false)).find("qthost_tests"),
+              std::string::npos);
+    EXPECT_STREQ(context.getRelease(), "1.2.3");
+    EXPECT_EQ(context.getBinArchDir(), local(QCoreApplication::applicationDirPath()));
+    EXPECT_EQ(context.getRoot(),
+              local(QFileInfo(QCoreApplication::applicationDirPath()).dir().absolutePath()));
+    EXPECT_STREQ(context.getCharacterEncoding(), "UTF-8");
+    // The texts are the object's own, and stay put.
+    EXPECT_EQ(context.getRelease(), context.getRelease());
+}
+
+TEST(QtApplicationContext, MakesThePreferencesDirectoryOnlyWhenAsked) {
+    QTemporaryDir scratch;
+    ASSERT_TRUE(scratch.isValid());
+    const QString wanted = scratch.filePath(QStringLiteral("deep/er/prefs"));
+    ApplicationContext context(wanted);
+    ASSERT_NE(context.getPreferencesDirectory(false), nullptr);
+    EXPECT_EQ(context.getPreferencesDirectory(false), local(wanted));
+    EXPECT_FALSE(QFileInfo::exists(wanted));
+    ASSERT_NE(context.getPreferencesDirectory(true), nullptr);
+    EXPECT_TRUE(QFileInfo(wanted).isDir());
+}
+
+TEST(QtApplicationContext, DirectoryThatCannotBeMadeIsReportedAndAnsweredAsNull) {
+    QTemporaryDir scratch;
+    ASSERT_TRUE(scratch.isValid());
+    QFile blocker(scratch.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    ApplicationContext context(scratch.filePath(QStringLiteral("file/prefs")));
+    QtHostWarnings warnings;
+    EXPECT_EQ(context.getPreferencesDirectory(true), nullptr);
+    EXPECT_TRUE(
+        warnings.has({"ApplicationContext", "can't make the preferences directory", "file/prefs"}))
+        << warnings.all().join(QLatin1Char('\n')).toStdString();
+
+    ApplicationContext empty{QString()};
+    EXPECT_EQ(empty.getPreferencesDirectory(true), nullptr);
+}
+
+TEST(QtApplicationContext, FeaturesAreEnabledUnlessRegisteredOff) {
+    ApplicationContext context;
+    EXPECT_TRUE(context.isFeatureEnabled("never registered"));
+    context.registerFeature("Antialiasing", 0, &remember);
+    EXPECT_FALSE(context.isFeatureEnabled("Antialiasing"));
+    g_lastChange = -1;
+    EXPECT_TRUE(context.setFeatureValue("Antialiasing", 2));
+    EXPECT_EQ(g_lastChange, 2);
+    EXPECT_TRUE(context.isFeatureEnabled("Antialiasing"));
+    EXPECT_FALSE(context.setFeatureValue("never registered", 1));
+    context.registerFeature("Quiet", 1, nullptr);
+    EXPECT_TRUE(context.setFeatureValue("Quiet", 0));
+    EXPECT_FALSE(context.isFeatureEnabled("Quiet"));
+
+    QtHostWarnings warnings;
+    context.registerFeature(nullptr, 1, nullptr);
+    EXPECT_TRUE(warnings.has({"registerFeature without a name"}));
+}
+
+TEST(QtApplicationContextConcurrency, FeaturesAndTextsFromManyThreads) {
+    ApplicationContext context;
+    context.registerFeature("Shared", 1, nullptr);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&context, t] {
+            const std::string own = "Feature" + std::to_string(t);
+            for (int i = 0; i < 500; ++i) {
+                context.registerFeature(own.c_str(), i % 2, nullptr);
+                EXPECT_EQ(context.isFeatureEnabled(own.c_str()), i % 2 != 0);
+                EXPECT_TRUE(context.isFeatureEnabled("Shared"));
+                EXPECT_STREQ(context.getRelease(), "1.2.3");
+            }
+        });
+    }
+    for (auto &thread : threads) {
+        thread.join();
+    }
+}

@@ -1,0 +1,198 @@
+#include "QtHostTestSupport.h"
+#include "support/Latch.h"
+#include <vort/messaging/Emitter.h>
+#include <vort/messaging/Thread.h>
+#include <vort/qthost/MessageThread.h>
+
+#include <QtCore/QThread>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+using VORT::QtHost::MessageThread;
+using vort_test::QtHostWarnings;
+using vort_test::runEventsFor;
+using vort_test::runEventsUntil;
+
+namespace {
+
+// Records what it was given and on which thread.
+class Recorder : public VTMS::Listener {
+public:
+    ~Recorder() override { disconnect(); }
+    void onValue(int value) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        values.push_back(value);
+        threads.push_back(QThread::currentThread());
+    }
+    size_t count() {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return values.size();
+    }
+    std::vector<int> values;
+    std::vector<QThread *> threads;
+
+private:
+    std::mutex m_mutex;
+};
+
+// A QThread whose event loop serves a message thread registered by the kit, with a recorder
+// that lives and dies on it.
+class LoopThread : public QThread {
+public:
+    explicit LoopThread(std::string name) : m_name(std::move(name)) {}
+
+    VTMS::Thread *record = nullptr;
+    Recorder *recorder = nullptr;
+    vort_test::Latch ready{1};
+
+protected:
+    void run() override {
+        MessageThread registration(m_name);
+        Recorder local;
+        record = registration.thread();
+        recorder = &local;
+        ready.countDown();
+        exec();
+        local.disconnect();
+    }
+
+private:
+    std::string m_name;
+};
+
+}  // namespace
+
+TEST(MessageThread, EventLoopDeliversWhatOtherThreadsQueue) {
+    MessageThread registration("qthost-main");
+    ASSERT_TRUE(registration.isValid());
+    EXPECT_EQ(registration.name(), "qthost-main");
+    EXPECT_EQ(registration.thread(), VTMS::Thread::getCurrentThread());
+    EXPECT_EQ(VTMS::Thread::getNamedThread("qthost-main"), registration.thread());
+
+    Recorder recorder;
+    VTMS::Emitter1<void, int> values;
+    values.connect(&recorder, &Recorder::onValue, registration.thread());
+    std::thread sender([&] {
+        for (int i = 1; i <= 5; ++i) {
+            values.send(i);
+        }
+    });
+    sender.join();
+    EXPECT_EQ(recorder.count(), 0u) << "delivered before the event loop ran";
+    ASSERT_TRUE(runEventsUntil([&] { return recorder.count() == 5; }));
+    EXPECT_EQ(recorder.values, (std::vector<int>{1, 2, 3, 4, 5}));
+    for (QThread *thread : recorder.threads) {
+        EXPECT_EQ(thread, QThread::currentThread());
+    }
+}
+
+TEST(MessageThread, WorkerLoopServesQueuedAndBlockingSends) {
+    LoopThread worker("qthost-worker");
+    worker.start();
+    ASSERT_TRUE(worker.ready.wait());
+    VTMS::Emitter1<void, int> values;
+    values.connect(worker.recorder, &Recorder::onValue, worker.record);
+
+    values.sendWith(VTMS::BlockUntilDelivered, 7);
+    EXPECT_EQ(worker.recorder->count(), 1u) << "the blocking send returned before delivery";
+    values.send(8);
+    values.send(9);
+    ASSERT_TRUE(runEventsUntil([&] { return worker.recorder->count() == 3; }));
+    worker.quit();
+    ASSERT_TRUE(worker.wait(10000));
+}
+
+TEST(MessageThread, SecondNameSharesTheWakeUp) {
+    auto first = std::make_unique<MessageThread>("qthost-first");
+    auto second = std::make_unique<MessageThread>("qthost-second");
+    ASSERT_TRUE(first->isValid());
+    ASSERT_TRUE(second->isValid());
+    EXPECT_EQ(first->thread(), second->thread());
+    EXPECT_EQ(VTMS::Thread::getNamedThread("qthost-first"), first->thread());
+    EXPECT_EQ(VTMS::Thread::getNamedThread("qthost-second"), first->thread());
+
+    Recorder recorder;
+    VTMS::Emitter1<void, int> values;
+    values.connect(&recorder, &Recorder::onValue, first->thread());
+    second.reset();
+    std::thread([&] { values.send(1); }).join();
+    ASSERT_TRUE(runEventsUntil([&] { return recorder.count() == 1; }))
+        << "the first registration lost its wake-up with the second";
+}
+
+TEST(MessageThread, AfterUnregisteringPostsWaitForAnExplicitProcess) {
+    auto registration = std::make_unique<MessageThread>("qthost-gone");
+    VTMS::Thread *const record = registration->thread();
+    registration.reset();
+
+    Recorder recorder;
+    VTMS::Emitter1<void, int> values;
+    values.connect(&recorder, &Recorder::onValue, record);
+    std::thread([&] { values.send(3); }).join();
+    runEventsFor(50);
+    EXPECT_EQ(recorder.count(), 0u) << "the event loop was woken after unregistering";
+    record->process();
+    EXPECT_EQ(recorder.count(), 1u);
+}
+
+TEST(MessageThread, MisuseIsReported) {
+    QtHostWarnings warnings;
+    MessageThread nameless("");
+    EXPECT_FALSE(nameless.isValid());
+    EXPECT_EQ(nameless.thread(), nullptr);
+    EXPECT_TRUE(warnings.has({"MessageThread", "needs a name"}))
+        << warnings.all().join(QLatin1Char('\n')).toStdString();
+
+    // Made on a worker's loop, destroyed here.
+    QThread worker;
+    worker.setObjectName(QStringLiteral("registering-worker"));
+    worker.start();
+    QObject context;
+    context.moveToThread(&worker);
+    MessageThread *registration = nullptr;
+    QMetaObject::invokeMethod(
+        &context, [&] { registration = new MessageThread("qthost-strayed"); },
+        Qt::BlockingQueuedConnection);
+    ASSERT_NE(registration, nullptr);
+    ASSERT_TRUE(registration->isValid());
+    delete registration;
+    EXPECT_TRUE(warnings.has({"'qthost-strayed'", "unregistered on", "registering-worker"}))
+        << warnings.all().join(QLatin1Char('\n')).toStdString();
+    worker.quit();
+    ASSERT_TRUE(worker.wait(10000));
+}
+
+TEST(MessageThreadConcurrency, ManyPostersOneLoop) {
+    MessageThread registration("qthost-busy");
+    Recorder recorder;
+    VTMS::Emitter1<void, int> values;
+    values.connect(&recorder, &Recorder::onValue, registration.thread());
+    constexpr int kThreads = 4;
+    constexpr int kEach = 250;
+    std::vector<std::thread> senders;
+    for (int t = 0; t < kThreads; ++t) {
+        senders.emplace_back([&values, t] {
+            for (int i = 0; i < kEach; ++i) {
+                values.send(t * kEach + i);
+            }
+        });
+    }
+    // Deliveries run while the posters are still at it.
+    ASSERT_TRUE(runEventsUntil([&] { return recorder.count() == kThreads * kEach; }));
+    for (auto &sender : senders) {
+        sender.join();
+    }
+    // Each poster's values arrive in its own order.
+    std::vector<int> last(kThreads, -1);
+    for (int value : recorder.values) {
+        const int t = value / kEach;
+        EXPECT_GT(value, last[t]);
+        last[t] = value;
+    }
+}

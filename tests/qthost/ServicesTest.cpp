@@ -1,0 +1,103 @@
+#include "QtHostTestSupport.h"
+#include <vort/messaging/Thread.h>
+#include <vort/messaging/ThrottledCallback.h>
+#include <vort/qthost/ApplicationContext.h>
+#include <vort/qthost/MessageThread.h>
+#include <vort/qthost/Services.h>
+#include <vort/qthost/TimerService.h>
+#include <vort/qthost/Translation.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using VORT::QtHost::Services;
+using vort_test::QtHostWarnings;
+using VTServices::ApplicationContext;
+using VTServices::TessarTimerService;
+using VTServices::Translation;
+using VTServices::VTService;
+
+namespace {
+
+bool nothingInstalled() {
+    return VTService<TessarTimerService>::get() == nullptr &&
+           VTService<ApplicationContext>::get() == nullptr &&
+           VTService<Translation>::get() == nullptr;
+}
+
+class Counter : public VORT::ThrottledCallback {
+public:
+    Counter() : ThrottledCallback(20) {}
+    ~Counter() override { disconnect(); }
+    int calls = 0;
+
+protected:
+    void doCall() override { ++calls; }
+};
+
+}  // namespace
+
+TEST(Services, InstallWorkingServicesAndTakeThemOutAgain) {
+    ASSERT_TRUE(nothingInstalled());
+    {
+        Services services("qthost-services");
+        EXPECT_TRUE(services.installed(Services::Timers));
+        EXPECT_TRUE(services.installed(Services::Context));
+        EXPECT_TRUE(services.installed(Services::Translations));
+        EXPECT_EQ(VTService<TessarTimerService>::get(), services.timerService());
+        EXPECT_NE(
+            dynamic_cast<VORT::QtHost::ApplicationContext *>(VTService<ApplicationContext>::get()),
+            nullptr);
+        EXPECT_NE(dynamic_cast<VORT::QtHost::Translation *>(VTService<Translation>::get()),
+                  nullptr);
+        ASSERT_NE(services.messageThread(), nullptr);
+        EXPECT_TRUE(services.messageThread()->isValid());
+        EXPECT_EQ(VTMS::Thread::getNamedThread("qthost-services"),
+                  VTMS::Thread::getCurrentThread());
+
+        // A throttled callback works with nothing else set up.
+        Counter counter;
+        counter.trigger();
+        counter.trigger();
+        ASSERT_TRUE(vort_test::runEventsUntil([&] { return counter.calls == 2; }));
+    }
+    EXPECT_TRUE(nothingInstalled());
+}
+
+TEST(Services, SecondObjectReportsAndInstallsNothing) {
+    auto first = std::make_unique<Services>("qthost-first-services");
+    QtHostWarnings warnings;
+    auto second = std::make_unique<Services>("qthost-second-services");
+    for (const char *name : {"TessarTimerService", "ApplicationContext", "Translation"}) {
+        EXPECT_TRUE(warnings.has({"Services", name, "installed already"}))
+            << name << " was not reported:\n"
+            << warnings.all().join(QLatin1Char('\n')).toStdString();
+    }
+    EXPECT_FALSE(second->installed(Services::Timers));
+    EXPECT_FALSE(second->installed(Services::Context));
+    EXPECT_FALSE(second->installed(Services::Translations));
+    EXPECT_EQ(second->timerService(), nullptr);
+
+    second.reset();
+    EXPECT_EQ(VTService<TessarTimerService>::get(), first->timerService())
+        << "the second object took out what the first installed";
+    first.reset();
+    EXPECT_TRUE(nothingInstalled());
+}
+
+TEST(Services, LeaveWhatTheHostInstalledItself) {
+    auto *own = new Translation;
+    VTService<Translation>::install(own);
+    {
+        QtHostWarnings warnings;
+        Services services("qthost-partial-services");
+        EXPECT_TRUE(warnings.has({"a Translation service is installed already"}));
+        EXPECT_TRUE(services.installed(Services::Timers));
+        EXPECT_FALSE(services.installed(Services::Translations));
+        EXPECT_EQ(VTService<Translation>::get(), own);
+    }
+    EXPECT_EQ(VTService<Translation>::get(), own);
+    VTService<Translation>::install(nullptr);
+    EXPECT_TRUE(nothingInstalled());
+}

@@ -1,0 +1,211 @@
+#include "QtHostTestSupport.h"
+#include <vort/messaging/ThrottledCallback.h>
+#include <vort/qthost/TimerService.h>
+#include <vort/services/TessarTimerService.h>
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QThread>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+using VORT::TessarTimer;
+using VORT::QtHost::TimerService;
+using vort_test::QtHostWarnings;
+using vort_test::runEventsFor;
+using vort_test::runEventsUntil;
+using VTServices::TessarTimerService;
+using VTServices::VTService;
+
+namespace {
+
+// Counts the time-outs it signals, and on which thread they came.
+class CountingService : public TimerService {
+public:
+    int timeOuts = 0;
+    std::vector<QThread *> threads;
+
+protected:
+    void timedOut(TessarTimer timer) override {
+        ++timeOuts;
+        threads.push_back(QThread::currentThread());
+        TimerService::timedOut(timer);
+    }
+};
+
+class Redraw : public VORT::ThrottledCallback {
+public:
+    explicit Redraw(int interval) : ThrottledCallback(interval) { m_clock.start(); }
+    ~Redraw() override { disconnect(); }
+    std::vector<qint64> callTimes;  // milliseconds since construction
+
+protected:
+    void doCall() override { callTimes.push_back(m_clock.elapsed()); }
+
+private:
+    QElapsedTimer m_clock;
+};
+
+class TimerServiceTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        service = new CountingService;
+        VTService<TessarTimerService>::install(service);
+    }
+    void TearDown() override { VTService<TessarTimerService>::install(nullptr); }
+
+    CountingService *service = nullptr;
+};
+
+}  // namespace
+
+TEST_F(TimerServiceTest, ThrottledCallbackFoldsABurstInTheEventLoop) {
+    Redraw redraw(60);
+    for (int i = 0; i < 10; ++i) {
+        redraw.trigger();
+    }
+    ASSERT_EQ(redraw.callTimes.size(), 1u) << "the first trigger calls at once, the rest wait";
+    ASSERT_TRUE(runEventsUntil([&] { return redraw.callTimes.size() == 2; }));
+    const qint64 gap = redraw.callTimes[1] - redraw.callTimes[0];
+    EXPECT_GE(gap, 50) << "the pending call came before the interval ran out";
+    EXPECT_LT(gap, 5000);
+
+    // The second call started an interval of its own; nothing is pending, so its time-out calls
+    // nothing more.
+    ASSERT_TRUE(runEventsUntil([&] { return service->timeOuts == 2; }));
+    runEventsFor(100);
+    EXPECT_EQ(redraw.callTimes.size(), 2u);
+    EXPECT_EQ(service->activeTimerCount(), 0);
+    for (QThread *thread : service->threads) {
+        EXPECT_EQ(thread, QThread::currentThread()) << "a time-out came on another thread";
+    }
+    EXPECT_EQ(service->thread(), QThread::currentThread());
+}
+
+TEST_F(TimerServiceTest, RepeatingTimerSignalsUntilStopped) {
+    TessarTimer timer = TessarTimer::create();
+    EXPECT_FALSE(timer.isActive());
+    timer.startRepeating(10);
+    EXPECT_TRUE(timer.isActive());
+    ASSERT_TRUE(runEventsUntil([&] { return service->timeOuts >= 3; }));
+    EXPECT_TRUE(timer.isActive());
+    timer.stop();
+    EXPECT_FALSE(timer.isActive());
+    EXPECT_EQ(service->activeTimerCount(), 0);
+    const int stoppedAt = service->timeOuts;
+    runEventsFor(60);
+    EXPECT_EQ(service->timeOuts, stoppedAt);
+}
+
+TEST_F(TimerServiceTest, SingleTimerRunsOutOnceAndOutlivesItsHandles) {
+    {
+        TessarTimer timer = TessarTimer::create();
+        timer.startSingle(10);
+    }
+    EXPECT_EQ(service->activeTimerCount(), 1) << "the running timer lost its record";
+    ASSERT_TRUE(runEventsUntil([&] { return service->timeOuts == 1; }));
+    EXPECT_EQ(service->activeTimerCount(), 0);
+    runEventsFor(40);
+    EXPECT_EQ(service->timeOuts, 1);
+}
+
+TEST_F(TimerServiceTest, RestartReplacesTheRunningInterval) {
+    TessarTimer timer = TessarTimer::create();
+    timer.startSingle(5000);
+    timer.startSingle(10);
+    ASSERT_TRUE(runEventsUntil([&] { return service->timeOuts == 1; }, 3000))
+        << "the second start did not replace the first";
+    EXPECT_FALSE(timer.isActive());
+}
+
+TEST_F(TimerServiceTest, TerminateStopsEveryTimerAndRefusesNewStarts) {
+    TessarTimer first = TessarTimer::create();
+    TessarTimer second = TessarTimer::create();
+    first.startSingle(10);
+    second.startRepeating(10);
+    service->terminateService();
+    EXPECT_EQ(service->activeTimerCount(), 0);
+    EXPECT_FALSE(first.isActive());
+
+    QtHostWarnings warnings;
+    first.startSingle(10);
+    EXPECT_TRUE(warnings.has({"TimerService", "startSingleTimer", "after terminateService"}))
+        << warnings.all().join(QLatin1Char('\n')).toStdString();
+    runEventsFor(60);
+    EXPECT_EQ(service->timeOuts, 0);
+}
+
+TEST_F(TimerServiceTest, NegativeIntervalIsReportedAndRunsAtOnce) {
+    QtHostWarnings warnings;
+    TessarTimer timer = TessarTimer::create();
+    timer.startSingle(-5);
+    EXPECT_TRUE(warnings.has({"startSingleTimer", "-5 ms", "started with 0 ms"}))
+        << warnings.all().join(QLatin1Char('\n')).toStdString();
+    ASSERT_TRUE(runEventsUntil([&] { return service->timeOuts == 1; }));
+}
+
+TEST_F(TimerServiceTest, UseFromAnotherThreadIsReportedAndIgnored) {
+    QtHostWarnings warnings;
+    TessarTimer timer = TessarTimer::create();
+    bool activeThere = true;
+    // The handle is used by one thread at a time: this one waits for the other to finish.
+    std::thread other([&] {
+        timer.startSingle(10);
+        timer.startRepeating(10);
+        activeThere = timer.isActive();
+        timer.stop();
+    });
+    other.join();
+    EXPECT_FALSE(activeThere);
+    EXPECT_EQ(service->activeTimerCount(), 0);
+    for (const char *operation :
+         {"startSingleTimer", "startRepeatingTimer", "isTimerActive", "stopTimer"}) {
+        EXPECT_TRUE(warnings.has(
+            {operation, "called on thread", "but the timers belong to", "the call is ignored"}))
+            << operation << " was not reported:\n"
+            << warnings.all().join(QLatin1Char('\n')).toStdString();
+    }
+    runEventsFor(40);
+    EXPECT_EQ(service->timeOuts, 0);
+}
+
+TEST(TimerServiceLifetime, DestroyedWithRunningTimersSignalsNothingMore) {
+    auto *service = new CountingService;
+    VTService<TessarTimerService>::install(service);
+    {
+        TessarTimer timer = TessarTimer::create();
+        timer.startRepeating(5);
+        TessarTimer::create().startSingle(5);
+    }
+    VTService<TessarTimerService>::install(nullptr);
+    // Nothing may reach the deleted service now; the sanitizer builds see any use after free.
+    runEventsFor(40);
+}
+
+TEST(TimerServiceLifetime, ServiceBelongsToTheThreadThatMadeIt) {
+    QThread worker;
+    worker.setObjectName(QStringLiteral("timer-worker"));
+    worker.start();
+    TimerService *service = nullptr;
+    QObject context;
+    context.moveToThread(&worker);
+    QMetaObject::invokeMethod(
+        &context, [&] { service = new TimerService; }, Qt::BlockingQueuedConnection);
+    ASSERT_NE(service, nullptr);
+    EXPECT_EQ(service->thread(), &worker);
+
+    QtHostWarnings warnings;
+    {
+        TessarTimer timer = service->createTimer();
+        service->startSingleTimer(timer, 10);
+        EXPECT_TRUE(warnings.has({"startSingleTimer", "thread 'timer-worker'"}))
+            << warnings.all().join(QLatin1Char('\n')).toStdString();
+    }
+    delete service;  // on the wrong thread, with no timer running: reported, and safe
+    EXPECT_TRUE(warnings.has({"TimerService", "destroyed on", "thread 'timer-worker'"}))
+        << warnings.all().join(QLatin1Char('\n')).toStdString();
+    worker.quit();
+    ASSERT_TRUE(worker.wait(10000));
+}
