@@ -23,11 +23,17 @@ VORT::Mutex &constructorMutex() {
     return mutex;
 }
 
+// The global connection lock, reached without a call through the library's exported entry.
+VORT::ReadWriteLock &globalLock() {
+    static VORT::ReadWriteLock lock;
+    return lock;
+}
+
 // The statics that an emitter or listener may use as it dies, built no later than the first
 // emitter or listener, so that the end of the process destroys them after every static emitter
 // and listener.
 void buildStatics() {
-    GetGlobalConnectionLock();
+    globalLock();
     constructorMutex();
     ensureThreadSlot();
 }
@@ -60,52 +66,10 @@ void cutWhere(ConnectionVector &set, Cut cut) {
     set.erase(kept, set.end());
 }
 
-// A send's copy of the emitter's set, with a use of each member. Small sets stay on the stack.
-// The uses not handed over to a delivery yet are given back when the snapshot goes, so that an
-// exception from a post leaks nothing.
-class Snapshot {
-public:
-    Snapshot() = default;
-    Snapshot(const Snapshot &) = delete;
-    Snapshot &operator=(const Snapshot &) = delete;
-    ~Snapshot() {
-        while (m_next != m_end) {
-            (*m_next++)->decRef();
-        }
-    }
-
-    // With the global lock held for reading.
-    void take(const ConnectionVector &set) {
-        const std::size_t count = set.size();
-        Connection **first = m_inline;
-        if (count > kInline) {
-            m_heap.reset(new Connection *[count]);
-            first = m_heap.get();
-        }
-        for (std::size_t i = 0; i < count; ++i) {
-            first[i] = set[i];
-            first[i]->incRef();
-        }
-        m_next = first;
-        m_end = first + count;
-    }
-
-    // The next connection, in ascending order; its use passes to the caller.
-    Connection *next() { return m_next != m_end ? *m_next++ : nullptr; }
-
-private:
-    static constexpr std::size_t kInline = 16;
-    Connection *m_inline[kInline];
-    std::unique_ptr<Connection *[]> m_heap;
-    Connection **m_next = nullptr;
-    Connection **m_end = nullptr;
-};
-
 }  // namespace
 
 VORT::ReadWriteLock &GetGlobalConnectionLock() {
-    static VORT::ReadWriteLock lock;
-    return lock;
+    return globalLock();
 }
 
 // ----- Connection --------------------------------------------------------------------------
@@ -163,7 +127,7 @@ bool Connection::markCut() {
 }
 
 void Connection::disconnectEmitter() {
-    GetGlobalConnectionLock().assertIsWriteLockedOnThisThread();
+    globalLock().assertIsWriteLockedOnThisThread();
     m_emitterGone = true;
     m_emitter = nullptr;
     if (markCut()) {
@@ -172,7 +136,7 @@ void Connection::disconnectEmitter() {
 }
 
 void Connection::disconnectListener() {
-    GetGlobalConnectionLock().assertIsWriteLockedOnThisThread();
+    globalLock().assertIsWriteLockedOnThisThread();
     __atomic_store_n(&m_listenerGone, true, __ATOMIC_RELEASE);
     m_listener = nullptr;
     if (!m_emitterGone) {
@@ -199,23 +163,26 @@ void Connection::destroy() {
 // is in no emitter's set), and no cut can claim it (the mark is set), so this call alone frees
 // it. The lock is for the listener's set, which may still hold it after a `DeliverPackets` cut.
 void Connection::releaseLast() {
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
+    VORT::WriteLocker lock(globalLock());
     destroy();
 }
 
 // ----- EmitterBase -------------------------------------------------------------------------
 
-struct EmitterBase::Private {
+struct EmitterBase::Private : RecordHead {
     explicit Private(SendMode mode) : m_defaultMode(mode) { m_size.init(0); }
+
+    void updateSize() { m_size = static_cast<int>(m_connections.size()); }
 
     ConnectionVector m_connections;
     SendMode m_defaultMode;
-    // The size of the set, for the readers that hold no lock: the count of a blocking send and
-    // the early return of a typed send.
-    VORT::AtomicCounter m_size;
     // Emitters on this record (more than one only after an assignment); under the global lock.
     int m_shares = 1;
 };
+
+EmitterBase::Private *EmitterBase::record() const {
+    return static_cast<Private *>(m_impl);
+}
 
 EmitterBase::EmitterBase(SendMode defaultMode) : m_impl(nullptr) {
     buildStatics();
@@ -224,68 +191,61 @@ EmitterBase::EmitterBase(SendMode defaultMode) : m_impl(nullptr) {
 
 EmitterBase::EmitterBase(const EmitterBase &other) : m_impl(nullptr) {
     buildStatics();
-    m_impl = new Private(other.m_impl->m_defaultMode);
+    m_impl = new Private(other.record()->m_defaultMode);
 }
 
 EmitterBase &EmitterBase::operator=(const EmitterBase &other) {
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
+    VORT::WriteLocker lock(globalLock());
     if (m_impl != other.m_impl) {
-        Private *const old = m_impl;
-        cutWhere(old->m_connections, [this](Connection *connection) {
-            if (connection->m_emitter != this) {
-                return false;
-            }
-            connection->disconnectEmitter();
-            return true;
-        });
-        old->m_size = static_cast<int>(old->m_connections.size());
-        if (--old->m_shares == 0) {
-            delete old;
-        }
+        releaseRecord();
         m_impl = other.m_impl;
-        ++m_impl->m_shares;
+        ++record()->m_shares;
     }
     return *this;
 }
 
 EmitterBase::~EmitterBase() {
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
-    cutWhere(m_impl->m_connections, [this](Connection *connection) {
+    VORT::WriteLocker lock(globalLock());
+    releaseRecord();
+}
+
+void EmitterBase::releaseRecord() {
+    Private *const d = record();
+    cutWhere(d->m_connections, [this](Connection *connection) {
         if (connection->m_emitter != this) {
             return false;
         }
         connection->disconnectEmitter();
         return true;
     });
-    m_impl->m_size = static_cast<int>(m_impl->m_connections.size());
-    if (--m_impl->m_shares == 0) {
-        delete m_impl;
+    d->updateSize();
+    if (--d->m_shares == 0) {
+        delete d;
     }
+    m_impl = nullptr;
 }
 
 void EmitterBase::setDefaultMode(SendMode mode) {
-    m_impl->m_defaultMode = mode;
+    record()->m_defaultMode = mode;
 }
 
 int EmitterBase::numberOfConnections() const {
-    VORT::ReadLocker lock(GetGlobalConnectionLock());
-    return static_cast<int>(m_impl->m_connections.size());
-}
-
-bool EmitterBase::mayHaveConnections() const {
-    return m_impl->m_size != 0;
+    VORT::ReadLocker lock(globalLock());
+    return static_cast<int>(record()->m_connections.size());
 }
 
 void EmitterBase::addConnection(Connection *connection) {
-    GetGlobalConnectionLock().assertIsWriteLockedOnThisThread();
-    insertOrdered(m_impl->m_connections, connection);
-    m_impl->m_size = static_cast<int>(m_impl->m_connections.size());
+    globalLock().assertIsWriteLockedOnThisThread();
+    Private *const d = record();
+    insertOrdered(d->m_connections, connection);
+    d->updateSize();
 }
 
 void EmitterBase::removeConnection(Connection *connection) {
-    GetGlobalConnectionLock().assertIsWriteLockedOnThisThread();
-    eraseOrdered(m_impl->m_connections, connection);
-    m_impl->m_size = static_cast<int>(m_impl->m_connections.size());
+    globalLock().assertIsWriteLockedOnThisThread();
+    Private *const d = record();
+    eraseOrdered(d->m_connections, connection);
+    d->updateSize();
 }
 
 void EmitterBase::disconnectFrom(Listener *listener, PacketDropMode mode) {
@@ -293,41 +253,130 @@ void EmitterBase::disconnectFrom(Listener *listener, PacketDropMode mode) {
         listener->disconnectFrom(*this, DropPackets);
         return;
     }
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
-    cutWhere(m_impl->m_connections, [listener](Connection *connection) {
+    VORT::WriteLocker lock(globalLock());
+    Private *const d = record();
+    cutWhere(d->m_connections, [listener](Connection *connection) {
         if (connection->m_listener != listener) {
             return false;
         }
         connection->disconnectEmitter();
         return true;
     });
-    m_impl->m_size = static_cast<int>(m_impl->m_connections.size());
+    d->updateSize();
+}
+
+// A send's copy of the emitter's set, with a use of each member. Small sets stay on the stack.
+// The uses not handed over to a delivery yet are given back when the snapshot goes, so that an
+// exception from a post leaks nothing.
+class EmitterBase::Snapshot {
+public:
+    Snapshot() = default;
+    Snapshot(const Snapshot &) = delete;
+    Snapshot &operator=(const Snapshot &) = delete;
+    ~Snapshot() {
+        while (m_next != m_end) {
+            (*m_next++)->decRef();
+        }
+    }
+
+    // With the global lock held for reading.
+    void take(const ConnectionVector &set) {
+        const std::size_t count = set.size();
+        Connection **first = m_inline;
+        if (count > kInline) {
+            m_heap.reset(new Connection *[count]);
+            first = m_heap.get();
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            first[i] = set[i];
+            first[i]->incRef();
+        }
+        m_next = first;
+        m_end = first + count;
+    }
+
+    // True if a send in `mode` from `current` (looked up here if need be) posts to any queue.
+    bool needsQueue(SendMode mode, Thread *&current) const {
+        if (mode == AlwaysQueue) {
+            return true;
+        }
+        for (Connection **at = m_next; at != m_end; ++at) {
+            Thread *const target = (*at)->m_thread;
+            if (target != nullptr) {
+                if (current == nullptr) {
+                    current = Thread::getCurrentThread();
+                }
+                if (target != current) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    // The next connection, in ascending order; its use passes to the caller.
+    Connection *next() { return m_next != m_end ? *m_next++ : nullptr; }
+
+private:
+    static constexpr std::size_t kInline = 16;
+    Connection *m_inline[kInline];
+    std::unique_ptr<Connection *[]> m_heap;
+    Connection **m_next = nullptr;
+    Connection **m_end = nullptr;
+};
+
+bool EmitterBase::takeSnapshot(Snapshot &snapshot) const {
+    VORT::ReadLocker lock(globalLock());
+    const Private *const d = record();
+    if (d->m_connections.empty()) {
+        return false;
+    }
+    snapshot.take(d->m_connections);
+    return true;
 }
 
 void EmitterBase::sendPacket(Packet &packet, SendMode mode, bool /*flag*/) {
     if (mode == UseDefaultMode) {
-        mode = m_impl->m_defaultMode;
+        mode = record()->m_defaultMode;
     }
-
     Snapshot snapshot;
-    {
-        VORT::ReadLocker lock(GetGlobalConnectionLock());
-        if (m_impl->m_connections.empty()) {
-            return;
-        }
-        snapshot.take(m_impl->m_connections);
+    if (!takeSnapshot(snapshot)) {
+        return;
     }
-
-    const bool blocking = mode >= BlockUntilDelivered;
-    if (blocking) {
+    if (mode >= BlockUntilDelivered) {
         // The live count, not the snapshot's: a connection made or cut since the snapshot makes
         // the gate open early or never, which the blocking modes accept.
         packet.setSynchronous(m_impl->m_size);
     }
+    deliverAll(snapshot, packet.m_payload, mode, nullptr);
+}
 
-    // From here on the emitter is not touched: a listener may destroy it.
-    Payload *const payload = packet.m_payload;
+void EmitterBase::sendLocalPayload(Payload &local, PayloadCopier copyToHeap, SendMode mode) {
+    if (mode == UseDefaultMode) {
+        mode = record()->m_defaultMode;
+    }
+    Snapshot snapshot;
+    if (!takeSnapshot(snapshot)) {
+        return;
+    }
+    const bool blocking = mode >= BlockUntilDelivered;
     Thread *current = nullptr;
+    if (snapshot.needsQueue(mode, current)) {
+        Packet packet(copyToHeap(local));
+        if (blocking) {
+            packet.setSynchronous(m_impl->m_size);
+        }
+        deliverAll(snapshot, packet.m_payload, mode, current);
+    } else {
+        if (blocking) {
+            local.setSynchronous(m_impl->m_size);
+        }
+        deliverAll(snapshot, &local, mode, current);
+    }
+}
+
+void EmitterBase::deliverAll(Snapshot &snapshot, Payload *payload, SendMode mode,
+                             Thread *current) {
     while (Connection *connection = snapshot.next()) {
         Thread *target = connection->m_thread;
         bool direct = false;
@@ -344,17 +393,17 @@ void EmitterBase::sendPacket(Packet &packet, SendMode mode, bool /*flag*/) {
             direct = target == current;
         }
         if (direct) {
-            // The snapshot's use keeps the connection alive through the call, as the packet's
-            // would; the caller's packet keeps the payload.
+            // The snapshot's use keeps the connection alive through the call, as a packet's
+            // would; the caller keeps the payload.
             ConnectedPacket::deliverGuarded(payload, connection);
             connection->decRef();
         } else {
-            target->post(ConnectedPacket(packet, connection, ConnectedPacket::AdoptUse()));
+            target->post(ConnectedPacket(payload, connection, ConnectedPacket::AdoptUse()));
         }
     }
 
-    if (blocking) {
-        while (packet.wait(100)) {
+    if (mode >= BlockUntilDelivered) {
+        while (payload->wait(100)) {
             // Where the host's system has messages sent to a blocked signal thread, this is
             // where they would be let through; on this platform there is nothing to peek at.
             static_cast<void>(hslIsSignalThread());
@@ -384,14 +433,14 @@ Listener::Listener(const Listener & /*other*/) : m_connections(nullptr) {
 }
 
 Listener::~Listener() {
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
+    VORT::WriteLocker lock(globalLock());
     if (--m_connections->m_shares == 0) {
         delete m_connections;
     }
 }
 
 Listener &Listener::operator=(const Listener &other) {
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
+    VORT::WriteLocker lock(globalLock());
     if (m_connections != other.m_connections) {
         leaveSet();
         m_connections = other.m_connections;
@@ -415,7 +464,7 @@ void Listener::leaveSet() {
 }
 
 void Listener::disconnect() {
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
+    VORT::WriteLocker lock(globalLock());
     ConnectionVector &members = m_connections->m_members;
     for (Connection *connection : members) {
         connection->disconnectListener();
@@ -428,7 +477,7 @@ void Listener::disconnectFrom(EmitterBase &emitter, PacketDropMode mode) {
         emitter.disconnectFrom(this, DeliverPackets);
         return;
     }
-    VORT::WriteLocker lock(GetGlobalConnectionLock());
+    VORT::WriteLocker lock(globalLock());
     cutWhere(m_connections->m_members, [&emitter](Connection *connection) {
         if (connection->m_emitter != &emitter) {
             return false;
@@ -439,12 +488,12 @@ void Listener::disconnectFrom(EmitterBase &emitter, PacketDropMode mode) {
 }
 
 void Listener::addConnection(Connection *connection) {
-    GetGlobalConnectionLock().assertIsWriteLockedOnThisThread();
+    globalLock().assertIsWriteLockedOnThisThread();
     insertOrdered(m_connections->m_members, connection);
 }
 
 void Listener::removeConnection(Connection *connection) {
-    GetGlobalConnectionLock().assertIsWriteLockedOnThisThread();
+    globalLock().assertIsWriteLockedOnThisThread();
     eraseOrdered(m_connections->m_members, connection);
 }
 

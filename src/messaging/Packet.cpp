@@ -75,8 +75,10 @@ ConnectedPacket::ConnectedPacket(const Packet &packet, Connection *connection)
     m_connection->incRef();
 }
 
-ConnectedPacket::ConnectedPacket(const Packet &packet, Connection *connection, AdoptUse)
-    : Packet(packet), m_connection(connection) {}
+ConnectedPacket::ConnectedPacket(Payload *payload, Connection *connection, AdoptUse)
+    : Packet(payload), m_connection(connection) {
+    payload->incRef();
+}
 
 ConnectedPacket::ConnectedPacket(const ConnectedPacket &other)
     : Packet(other), m_connection(other.m_connection) {

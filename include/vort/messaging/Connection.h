@@ -35,6 +35,7 @@ class Connection;
 class EmitterBase;
 class Listener;
 class Packet;
+class Payload;
 class Thread;
 
 // How a send reaches a listener. The typed emitters default to `DirectOrQueue`.
@@ -114,7 +115,7 @@ private:
 
     // Sets the cut mark; true if no use was in flight and the link was whole until now, so that
     // the caller is the one to free it.
-    bool markCut();
+    VORT_NO_EXPORT bool markCut();
     void releaseLast();
 
     Listener *m_listener;
@@ -167,12 +168,38 @@ protected:
 
     // False only if the emitter has had no connection since the last change that the calling
     // thread can have seen; lets a typed send skip building a payload nobody would get.
-    bool mayHaveConnections() const;
+    bool mayHaveConnections() const { return m_impl->m_size != 0; }
+
+    // The typed emitters' send, with the same rules as `sendPacket`. `local` is a payload on the
+    // caller's stack that nothing else refers to. If any delivery of this send is to be queued,
+    // `copyToHeap` first makes a counted copy of it, and that copy travels instead; a send whose
+    // deliveries are all direct allocates no payload.
+    typedef Payload *(*PayloadCopier)(const Payload &local);
+    void sendLocalPayload(Payload &local, PayloadCopier copyToHeap, SendMode mode);
 
 private:
     friend class Connection;
+    // The start of the private record: the size of the set, for readers that hold no lock (the
+    // count of a blocking send and the early return of a typed send), kept equal to the set's
+    // size under the global lock.
+    struct RecordHead {
+        VORT::AtomicCounter m_size;
+    };
     struct Private;
-    Private *m_impl;
+    class Snapshot;
+
+    VORT_NO_EXPORT Private *record() const;
+    // Cuts the emitter side of the connections that this emitter made and lets go of the
+    // record. The caller holds the global lock for writing.
+    VORT_NO_EXPORT void releaseRecord();
+    // Copies the set into `snapshot` with a use of each member; false if the set is empty.
+    VORT_NO_EXPORT bool takeSnapshot(Snapshot &snapshot) const;
+    // Delivers `payload` along the snapshot and, in a blocking mode, waits for the gate. Touches
+    // nothing of the emitter, which a listener may destroy.
+    VORT_NO_EXPORT static void deliverAll(Snapshot &snapshot, Payload *payload, SendMode mode,
+                                          Thread *current);
+
+    RecordHead *m_impl;
 };
 
 // The receiving end. Concrete listeners derive from it and call `disconnect()` in their own
@@ -204,7 +231,7 @@ private:
     void addConnection(Connection *connection);
     void removeConnection(Connection *connection);
     // Cuts the connections of the set that this listener made and lets go of the set.
-    void leaveSet();
+    VORT_NO_EXPORT void leaveSet();
 
     struct ConnectionSet;
     ConnectionSet *m_connections;

@@ -77,12 +77,20 @@ public:
     template <typename... U>
     explicit PayloadN(U &&...args) : m_args(static_cast<U &&>(args)...) {}
 
+    // A counted copy of `local`, which must be a `PayloadN` of this type.
+    static Payload *copyToHeap(const Payload &local) {
+        return new PayloadN(CopyOf(), static_cast<const PayloadN &>(local));
+    }
+
     void dispatch(Connection *connection) override {
         auto *typed = static_cast<ConnectionN<R, A...> *>(connection);
         std::apply([typed](const auto &...args) { typed->invoke(args...); }, m_args);
     }
 
 private:
+    struct CopyOf {};
+    PayloadN(CopyOf, const PayloadN &other) : m_args(other.m_args) {}
+
     std::tuple<typename std::decay<A>::type...> m_args;
 };
 
@@ -114,8 +122,8 @@ public:
         if (!mayHaveConnections()) {
             return;
         }
-        Packet packet(new PayloadN<R, A...>(args...));
-        sendPacket(packet, mode, false);
+        PayloadN<R, A...> local(args...);
+        sendLocalPayload(local, &PayloadN<R, A...>::copyToHeap, mode);
     }
 
     using EmitterBase::setDefaultMode;

@@ -66,7 +66,7 @@ private:
     friend class ConnectedPacket;
 
     // Counts one delivery and opens the gate for good with the last.
-    void countDelivery();
+    VORT_NO_EXPORT void countDelivery();
 
     VORT::Gate *m_gate;
     VORT::AtomicCounter m_pending;
@@ -142,11 +142,11 @@ private:
     friend class EmitterBase;
 
     struct AdoptUse {};
-    // Takes over a use of `connection` that the caller already holds.
-    ConnectedPacket(const Packet &packet, Connection *connection, AdoptUse);
+    // A new reference on `payload`, and the use of `connection` that the caller holds.
+    ConnectedPacket(Payload *payload, Connection *connection, AdoptUse);
 
     // `deliver` on a payload and a connection that the caller keeps alive.
-    static void deliverGuarded(Payload *payload, Connection *connection);
+    VORT_NO_EXPORT static void deliverGuarded(Payload *payload, Connection *connection);
 
     Connection *m_connection;
 };
