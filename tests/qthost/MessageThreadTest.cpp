@@ -150,15 +150,11 @@ TEST(MessageThread, MisuseIsReported) {
         << warnings.all().join(QLatin1Char('\n')).toStdString();
 
     // Made on a worker's loop, destroyed here.
-    QThread worker;
+    MessageThread *registration = nullptr;
+    vort_test::EventThread worker([&] { registration = new MessageThread("qthost-strayed"); });
     worker.setObjectName(QStringLiteral("registering-worker"));
     worker.start();
-    QObject context;
-    context.moveToThread(&worker);
-    MessageThread *registration = nullptr;
-    QMetaObject::invokeMethod(
-        &context, [&] { registration = new MessageThread("qthost-strayed"); },
-        Qt::BlockingQueuedConnection);
+    ASSERT_TRUE(worker.waitStarted());
     ASSERT_NE(registration, nullptr);
     ASSERT_TRUE(registration->isValid());
     delete registration;

@@ -3,15 +3,19 @@
 #ifndef VORT_TESTS_QTHOST_QTHOSTTESTSUPPORT_H
 #define VORT_TESTS_QTHOST_QTHOSTTESTSUPPORT_H
 
+#include "support/Latch.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QEventLoop>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QThread>
 #include <QtCore/QTimer>
 
 #include <functional>
 #include <initializer_list>
+#include <utility>
 
 namespace vort_test {
 
@@ -48,6 +52,29 @@ inline void runEventsFor(int milliseconds) {
     const QDeadlineTimer deadline(milliseconds);
     runEventsUntil([&] { return deadline.hasExpired(); }, milliseconds + 1000);
 }
+
+// A thread that runs `atStart` and then its event loop until `quit`.
+class EventThread : public QThread {
+public:
+    explicit EventThread(std::function<void()> atStart) : m_atStart(std::move(atStart)) {}
+    ~EventThread() override {
+        quit();
+        wait();
+    }
+    // True once `atStart` has run; bounded, so a thread that never gets there fails the test.
+    bool waitStarted() { return m_started.wait(); }
+
+protected:
+    void run() override {
+        m_atStart();
+        m_started.countDown();
+        exec();
+    }
+
+private:
+    std::function<void()> m_atStart;
+    Latch m_started{1};
+};
 
 }  // namespace vort_test
 

@@ -185,14 +185,11 @@ TEST(TimerServiceLifetime, DestroyedWithRunningTimersSignalsNothingMore) {
 }
 
 TEST(TimerServiceLifetime, ServiceBelongsToTheThreadThatMadeIt) {
-    QThread worker;
+    TimerService *service = nullptr;
+    vort_test::EventThread worker([&] { service = new TimerService; });
     worker.setObjectName(QStringLiteral("timer-worker"));
     worker.start();
-    TimerService *service = nullptr;
-    QObject context;
-    context.moveToThread(&worker);
-    QMetaObject::invokeMethod(
-        &context, [&] { service = new TimerService; }, Qt::BlockingQueuedConnection);
+    ASSERT_TRUE(worker.waitStarted());
     ASSERT_NE(service, nullptr);
     EXPECT_EQ(service->thread(), &worker);
 
