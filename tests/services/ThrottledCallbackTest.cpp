@@ -230,3 +230,31 @@ TEST(ThrottledCallbackOnThePlainService, StaysInItsFirstIntervalForGood) {
     }
     VTService<TessarTimerService>::install(nullptr);
 }
+
+TEST_F(ThrottledCallbackTest, AssignmentTakesTheOthersStateAndTimer) {
+    auto source = std::make_unique<Counting>(100);
+    auto target = std::make_unique<Counting>(300);
+    source->trigger();
+    const unsigned int sourceTimer = lastTimer();
+    source->trigger();
+    source->blockCall();
+
+    *target = *source;
+    const int copiedCalls = target->calls;  // the derived class's own counter came along
+    EXPECT_EQ(target->getInterval(), 100);
+    EXPECT_TRUE(target->isBlocked());
+    target->unblockCall();
+    EXPECT_EQ(target->calls, copiedCalls) << "the copied interval still stands in the way";
+    target->trigger();
+    EXPECT_EQ(service->events.size(), 1u);
+
+    // The timer is the source's now; its time-out reaches the source, which is connected to it.
+    source->unblockCall();
+    ASSERT_TRUE(service->fire(sourceTimer));
+    EXPECT_EQ(source->calls, 2);
+    EXPECT_EQ(target->calls, copiedCalls);
+    // Both end cleanly though they share one connection set; the sanitizer builds check it.
+    target.reset();
+    source.reset();
+    EXPECT_TRUE(service->fire(sourceTimer));
+}
