@@ -3,7 +3,10 @@
 #ifndef VORT_VORT_H
 #define VORT_VORT_H
 
+#include <vort/bones/Any.h>
 #include <vort/bones/AtomicCounter.h>
+#include <vort/bones/ByteArray.h>
+#include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
