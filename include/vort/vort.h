@@ -8,6 +8,7 @@
 #include <vort/bones/ByteArray.h>
 #include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
+#include <vort/bones/StringID.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
