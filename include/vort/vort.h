@@ -5,6 +5,9 @@
 
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Library.h>
+#include <vort/command/ChangeLevel.h>
+#include <vort/command/Command.h>
+#include <vort/command/CommandTarget.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>

@@ -39,7 +39,7 @@ void UndoRedoCommandTarget::undo(ErrorHolder &holder) {
     if (m_undoStack.isEmpty()) {
         return;
     }
-    Command *command = m_undoStack.last();
+    Command *command = m_undoStack.constLast();
     command->undo(holder);
     if (holder.hasError()) {
         return;  // stays on top; the next undo tries it again
@@ -58,7 +58,7 @@ void UndoRedoCommandTarget::redo(ErrorHolder &holder) {
     if (m_redoStack.isEmpty()) {
         return;
     }
-    Command *command = m_redoStack.last();
+    Command *command = m_redoStack.constLast();
     command->redo(holder);
     if (holder.hasError()) {
         return;
@@ -117,7 +117,7 @@ void UndoRedoCommandTarget::setMaxUndoDepth(int depth) {
 
 void UndoRedoCommandTarget::clearUndoStack() {
     while (!m_undoStack.isEmpty()) {
-        if (Command *command = m_undoStack.last()) {
+        if (Command *command = m_undoStack.constLast()) {
             delete command;
         }
         m_undoStack.removeLast();
@@ -126,7 +126,7 @@ void UndoRedoCommandTarget::clearUndoStack() {
 
 void UndoRedoCommandTarget::clearRedoStack() {
     while (!m_redoStack.isEmpty()) {
-        if (Command *command = m_redoStack.last()) {
+        if (Command *command = m_redoStack.constLast()) {
             delete command;
         }
         m_redoStack.removeLast();
@@ -136,7 +136,7 @@ void UndoRedoCommandTarget::clearRedoStack() {
 void UndoRedoCommandTarget::trimUndoStackToMaxLength() {
     // Signed on both sides: a depth of 0 empties the stack.
     while (m_undoStack.size() > m_maxUndoDepth) {
-        delete m_undoStack.first();
+        delete m_undoStack.constFirst();
         m_undoStack.removeFirst();
     }
 }
