@@ -499,12 +499,27 @@ TEST(UndoRedoCommandTarget, CopiesShareTheCommandsAndAssignmentDeletesNothing) {
     EXPECT_TRUE(ledger.eachDeletedOnce());
 }
 
-TEST(CommandTarget, ProcessCommandIsTheOneEntryPoint) {
-    // A target reached through the base class keeps the undo history.
+TEST(UndoRedoCommandTarget, AHolderWithAnEarlierErrorMakesTheSameUndoRunTwice) {
     CommandLedger ledger;
-    UndoRedoCommandTarget history;
-    VORT::CommandTarget &target = history;
-    ErrorHolder holder;
-    target.processCommand(new TestCommand(ledger, 1), holder);
-    EXPECT_EQ(history.undoShortDescription(), "command 1");
+    {
+        UndoRedoCommandTarget target;
+        std::vector<TestCommand *> const commands = doCommands(target, ledger, 1, 2);
+        ErrorHolder holder;
+        holder.setError(VORT::SimpleErrorDescription(VORT::CodeLocation("earlier", 1), "earlier"));
+
+        // The handler runs, but the old error reads as its failure: the command stays done and
+        // on top of the undo stack, although its edit has been taken back.
+        target.undo(holder);
+        EXPECT_EQ(commands[1]->getState(), Command::Done);
+        EXPECT_EQ(target.undoShortDescription(), "command 2");
+        EXPECT_FALSE(target.canRedo());
+
+        // So the next undo takes the same edit back a second time.
+        ErrorHolder clean;
+        target.undo(clean);
+        EXPECT_FALSE(clean.hasError());
+        EXPECT_EQ(ledger.calls, (std::vector<std::string>{"do 1", "do 2", "undo 2", "undo 2"}));
+        EXPECT_EQ(target.redoShortDescription(), "command 2");
+    }
+    EXPECT_TRUE(ledger.eachDeletedOnce());
 }

@@ -24,7 +24,9 @@
 // command still on top. `undoToChangeLevel` below the oldest saved level reports
 // `VT_DoNotHaveUndoInformationForChangeLevel` ("We do not have undo information far enough
 // back."). `undo` and `redo` on an empty stack are no errors. As with `Command`, a holder that
-// already carries an error on entry makes every step look failed.
+// already carries an error on entry makes every step look failed although its handler ran: the
+// edit is made or taken back while states and stacks stay as they were, so the next call
+// repeats it. Pass a clear holder.
 //
 // Thread safety: none; a target is used by one thread at a time.
 #ifndef VORT_COMMAND_COMMANDTARGET_H
