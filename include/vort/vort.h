@@ -5,6 +5,8 @@
 
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Library.h>
+#include <vort/bones/VHash.h>
+#include <vort/bones/VList.h>
 #include <vort/command/ChangeLevel.h>
 #include <vort/command/Command.h>
 #include <vort/command/CommandTarget.h>
