@@ -3,12 +3,19 @@
 #ifndef VORT_VORT_H
 #define VORT_VORT_H
 
+#include <vort/bones/Any.h>
 #include <vort/bones/AtomicCounter.h>
+#include <vort/bones/ByteArray.h>
+#include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/ModuleObject.h>
 #include <vort/bones/NotifyBlockPasted.h>
+#include <vort/bones/StringID.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VList.h>
+#include <vort/command/ChangeLevel.h>
+#include <vort/command/Command.h>
+#include <vort/command/CommandTarget.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
