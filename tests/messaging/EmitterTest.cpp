@@ -1,3 +1,4 @@
+#include "MessagingTestSupport.h"
 #include <vort/messaging/Emitter.h>
 
 #include <gtest/gtest.h>
@@ -5,8 +6,6 @@
 #include <atomic>
 #include <string>
 #include <vector>
-
-#include "MessagingTestSupport.h"
 
 namespace {
 

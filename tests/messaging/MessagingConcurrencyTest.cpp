@@ -1,4 +1,5 @@
 // Sends, cuts and deaths racing on real threads.
+#include "MessagingTestSupport.h"
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 
@@ -12,8 +13,6 @@
 #include <random>
 #include <thread>
 #include <vector>
-
-#include "MessagingTestSupport.h"
 
 namespace {
 
@@ -160,8 +159,7 @@ TEST(MessagingConcurrency, RegistryLookupsAndRegistrationsRace) {
                     VTMS::Thread::getNamedThread(name);
                 }
             }
-            VTMS::Thread::registerThread("MessagingConcurrency.own." + std::to_string(t),
-                                         nullptr);
+            VTMS::Thread::registerThread("MessagingConcurrency.own." + std::to_string(t), nullptr);
         });
     }
     start.countDown();
@@ -262,8 +260,7 @@ void SoakConnection::connect(SoakEmitter &emitter, SoakListener *listener, VTMS:
     new SoakConnection(listener, &emitter, thread);
 }
 
-SoakConnection::SoakConnection(SoakListener *listener, SoakEmitter *emitter,
-                               VTMS::Thread *thread)
+SoakConnection::SoakConnection(SoakListener *listener, SoakEmitter *emitter, VTMS::Thread *thread)
     : VTMS::ConnectionImpl1<SoakListener, void, const SoakMessage &>(
           listener, &SoakListener::onMessage, emitter, thread) {
     ++live;
@@ -410,8 +407,7 @@ private:
                 }
             } else if (roll < 87) {
                 std::lock_guard<std::mutex> guard(m_poolLock);
-                m_churn[random() % m_churn.size()] = {std::make_shared<SoakEmitter>(),
-                                                      m_nextId++};
+                m_churn[random() % m_churn.size()] = {std::make_shared<SoakEmitter>(), m_nextId++};
             } else {
                 send(pick(m_churn, random), VTMS::AlwaysQueue, w);
             }

@@ -4,6 +4,7 @@
 #ifndef VORT_TESTS_MESSAGING_MESSAGINGTESTSUPPORT_H
 #define VORT_TESTS_MESSAGING_MESSAGINGTESTSUPPORT_H
 
+#include "support/Latch.h"
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 
@@ -17,8 +18,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "support/Latch.h"
 
 namespace vort_test {
 
@@ -227,8 +226,7 @@ public:
 
 private:
     CountedConnection(Recorder *listener, VTMS::EmitterBase *emitter, VTMS::Thread *thread)
-        : VTMS::ConnectionImpl1<Recorder, void, int>(listener, &Recorder::onInt, emitter,
-                                                     thread) {
+        : VTMS::ConnectionImpl1<Recorder, void, int>(listener, &Recorder::onInt, emitter, thread) {
         ++s_live;
     }
 

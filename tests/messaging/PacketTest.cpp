@@ -1,6 +1,6 @@
-#include <vort/messaging/Packet.h>
-
+#include "MessagingTestSupport.h"
 #include <vort/messaging/HostExceptions.h>
+#include <vort/messaging/Packet.h>
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,6 @@
 #include <exception>
 #include <functional>
 #include <memory>
-
-#include "MessagingTestSupport.h"
 
 namespace {
 

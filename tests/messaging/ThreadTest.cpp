@@ -1,6 +1,6 @@
-#include <vort/messaging/Thread.h>
-
+#include "MessagingTestSupport.h"
 #include <vort/messaging/Packet.h>
+#include <vort/messaging/Thread.h>
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "MessagingTestSupport.h"
 
 namespace {
 
@@ -187,7 +185,8 @@ TEST(Thread, NestedProcessMeetsThePacketInDeliveryAgain) {
 // A payload that logs its end.
 class Marked : public VTMS::Payload1<void, int> {
 public:
-    Marked(int value, std::vector<int> *ends) : VTMS::Payload1<void, int>(value), m_value(value), m_ends(ends) {}
+    Marked(int value, std::vector<int> *ends)
+        : VTMS::Payload1<void, int>(value), m_value(value), m_ends(ends) {}
     ~Marked() override { m_ends->push_back(m_value); }
 
 private:
