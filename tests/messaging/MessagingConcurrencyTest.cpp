@@ -172,6 +172,33 @@ TEST(MessagingConcurrency, RegistryLookupsAndRegistrationsRace) {
     }
 }
 
+// A mutex makes its record at its first lock; threads that first lock it at once must all end
+// up on one record, or they would not exclude each other.
+TEST(MutexConcurrency, FirstLockersShareOneRecord) {
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 50;
+    for (int round = 0; round < kRounds; ++round) {
+        VORT::Mutex mutex(round % 2 ? VORT::Mutex::Recursive : VORT::Mutex::NonRecursive);
+        int guarded = 0;
+        Latch start(1);
+        std::vector<std::thread> threads;
+        for (int t = 0; t < kThreads; ++t) {
+            threads.emplace_back([&] {
+                start.wait();
+                for (int i = 0; i < 100; ++i) {
+                    VORT::MutexLocker lock(mutex);
+                    ++guarded;
+                }
+            });
+        }
+        start.countDown();
+        for (std::thread &thread : threads) {
+            thread.join();
+        }
+        ASSERT_EQ(guarded, kThreads * 100);
+    }
+}
+
 // ----- The soak ---------------------------------------------------------------------------
 //
 // Worker threads each own listeners, which they create, connect (always to be served on their
