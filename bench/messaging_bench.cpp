@@ -3,6 +3,7 @@
 // Direct sends to 1 and to 10 listeners; queued throughput to a listener on another thread
 // (posts per second until the receiving thread has delivered them all); and a blocking round
 // trip to a listener on another thread.
+#include "MessagingBenchQt.h"
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 
@@ -20,8 +21,6 @@
 #include <mutex>
 #include <thread>
 #include <vector>
-
-#include "MessagingBenchQt.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include <vort/messaging/Connection.h>
-
+#include "Thread_p.h"
 #include <hsl/hsl.h>
+#include <vort/messaging/Connection.h>
 #include <vort/messaging/Mutex.h>
 #include <vort/messaging/Packet.h>
 #include <vort/messaging/Thread.h>
@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <memory>
 #include <vector>
-
-#include "Thread_p.h"
 
 namespace VTMS {
 
@@ -375,8 +373,7 @@ void EmitterBase::sendLocalPayload(Payload &local, PayloadCopier copyToHeap, Sen
     }
 }
 
-void EmitterBase::deliverAll(Snapshot &snapshot, Payload *payload, SendMode mode,
-                             Thread *current) {
+void EmitterBase::deliverAll(Snapshot &snapshot, Payload *payload, SendMode mode, Thread *current) {
     while (Connection *connection = snapshot.next()) {
         Thread *target = connection->m_thread;
         bool direct = false;

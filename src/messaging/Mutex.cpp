@@ -16,20 +16,14 @@ struct Mutex::Private {
 
 namespace {
 
-// Until its first lock a mutex has no record: the pointer holds only the mode, null for a
-// non-recursive mutex and this tag for a recursive one. Many mutexes are built and never
-// locked (every message payload has one), and they then cost no allocation.
-constexpr std::uintptr_t kUnbuiltRecursive = 1;
-
+// Many mutexes are built and never locked (every message payload has one); they cost no
+// allocation.
 template <typename Record>
 bool isBuilt(Record *record) {
-    return reinterpret_cast<std::uintptr_t>(record) > kUnbuiltRecursive;
+    return reinterpret_cast<std::uintptr_t>(record) > 1;
 }
 
 }  // namespace
-
-Mutex::Mutex(RecursiveMode mode)
-    : d(mode == Recursive ? reinterpret_cast<Private *>(kUnbuiltRecursive) : nullptr) {}
 
 Mutex::~Mutex() {
     if (isBuilt(d)) {

@@ -1,8 +1,7 @@
-#include <vort/messaging/Packet.h>
-
 #include <vort/messaging/Connection.h>
 #include <vort/messaging/Gate.h>
 #include <vort/messaging/HostExceptions.h>
+#include <vort/messaging/Packet.h>
 
 #include <exception>
 
@@ -32,11 +31,6 @@ bool runGuarded(Step step) {
 }  // namespace
 
 // ----- Payload -----------------------------------------------------------------------------
-
-Payload::Payload() : m_gate(nullptr), m_mutex(VORT::Mutex::NonRecursive) {
-    m_pending.init(0);
-    m_refCount.init(1);
-}
 
 Payload::~Payload() {
     delete m_gate;

@@ -1,16 +1,14 @@
-#include <vort/messaging/Thread.h>
-
+#include "Thread_p.h"
 #include <hsl/hsl.h>
 #include <vort/bones/AtomicCounter.h>
 #include <vort/messaging/Mutex.h>
 #include <vort/messaging/Packet.h>
 #include <vort/messaging/ReadWriteLock.h>
+#include <vort/messaging/Thread.h>
 
 #include <deque>
 #include <map>
 #include <utility>
-
-#include "Thread_p.h"
 
 namespace VTMS {
 
@@ -53,7 +51,8 @@ struct MadeRecord {
 MadeRecord *g_madeRecords = nullptr;
 
 void rememberRecord(Thread *thread) {
-    MadeRecord *const made = new MadeRecord{thread, __atomic_load_n(&g_madeRecords, __ATOMIC_RELAXED)};
+    MadeRecord *const made =
+        new MadeRecord{thread, __atomic_load_n(&g_madeRecords, __ATOMIC_RELAXED)};
     while (!__atomic_compare_exchange_n(&g_madeRecords, &made->next, made, true, __ATOMIC_RELEASE,
                                         __ATOMIC_RELAXED)) {
     }

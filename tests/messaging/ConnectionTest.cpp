@@ -1,3 +1,4 @@
+#include "MessagingTestSupport.h"
 #include <vort/messaging/Connection.h>
 
 #include <gtest/gtest.h>
@@ -5,8 +6,6 @@
 #include <algorithm>
 #include <memory>
 #include <vector>
-
-#include "MessagingTestSupport.h"
 
 namespace {
 
@@ -383,9 +382,9 @@ TEST(Send, ListenerDestroyedByAnEarlierHandlerIsSkipped) {
     std::vector<std::pair<VTMS::Connection *, int>> made;
     {
         VORT::WriteLocker lock(VTMS::GetGlobalConnectionLock());
-        made.emplace_back(new VTMS::ConnectionImpl1<Cutter, void, int>(&first, &Cutter::onInt,
-                                                                       &emitter, nullptr),
-                          0);
+        made.emplace_back(
+            new VTMS::ConnectionImpl1<Cutter, void, int>(&first, &Cutter::onInt, &emitter, nullptr),
+            0);
         made.emplace_back(new VTMS::ConnectionImpl1<Recorder, void, int>(
                               victim.get(), &Recorder::onInt, &emitter, nullptr),
                           1);

@@ -4,6 +4,7 @@
 #ifndef VORT_TESTS_MESSAGING_MESSAGINGTESTSUPPORT_H
 #define VORT_TESTS_MESSAGING_MESSAGINGTESTSUPPORT_H
 
+#include "support/Latch.h"
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 
@@ -18,8 +19,6 @@
 #include <thread>
 #include <vector>
 
-#include "support/Latch.h"
-
 namespace vort_test {
 
 // A thread that runs the tasks given to it, in order, and owns the VTMS::Thread record of that
@@ -30,6 +29,9 @@ public:
         call([this] { m_record = VTMS::Thread::getCurrentThread(); });
     }
     ~ServiceThread() {
+        if (m_slot >= 0) {
+            s_slots[m_slot].store(nullptr);
+        }
         run([this] { m_stop = true; });
         m_thread.join();
     }
@@ -64,7 +66,59 @@ public:
 
     std::thread::id id() const { return m_thread.get_id(); }
 
+    // Registers the thread under `name`, as a host thread with an event loop does: its wake
+    // function notes every post and, with `autoProcess`, has the thread process its queue.
+    // False if every wake slot is taken.
+    bool registerAs(const std::string &name, bool autoProcess) {
+        for (int slot = 0; slot < kSlots; ++slot) {
+            ServiceThread *expected = nullptr;
+            if (s_slots[slot].compare_exchange_strong(expected, this)) {
+                m_slot = slot;
+                m_autoProcess = autoProcess;
+                const VTMS::Thread::WakeFunction wake = wakeFunction(slot);
+                return call([name, wake] { VTMS::Thread::registerThread(name, wake); });
+            }
+        }
+        return false;
+    }
+
+    // Waits until the wake function has run `count` times in all.
+    bool waitForWakes(int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+        std::unique_lock<std::mutex> guard(m_lock);
+        return m_woken.wait_for(guard, limit, [this, count] { return m_wakes >= count; });
+    }
+
 private:
+    static constexpr int kSlots = 8;
+    static inline std::atomic<ServiceThread *> s_slots[kSlots] = {};
+
+    template <int N>
+    static void wakeSlot() {
+        if (ServiceThread *const thread = s_slots[N].load()) {
+            thread->woken();
+        }
+    }
+
+    static VTMS::Thread::WakeFunction wakeFunction(int slot) {
+        static const VTMS::Thread::WakeFunction functions[kSlots] = {
+            &wakeSlot<0>, &wakeSlot<1>, &wakeSlot<2>, &wakeSlot<3>,
+            &wakeSlot<4>, &wakeSlot<5>, &wakeSlot<6>, &wakeSlot<7>};
+        return functions[slot];
+    }
+
+    // Runs on the posting thread, under the record's mutex: it only queues a task.
+    void woken() {
+        {
+            std::lock_guard<std::mutex> guard(m_lock);
+            ++m_wakes;
+            if (m_autoProcess) {
+                m_tasks.push_back([this] { m_record->process(); });
+            }
+        }
+        m_woken.notify_all();
+        m_ready.notify_one();
+    }
+
     void loop() {
         while (!m_stop) {
             std::function<void()> task;
@@ -80,8 +134,12 @@ private:
 
     std::mutex m_lock;
     std::condition_variable m_ready;
+    std::condition_variable m_woken;
     std::deque<std::function<void()>> m_tasks;
     bool m_stop = false;
+    bool m_autoProcess = false;
+    int m_wakes = 0;
+    int m_slot = -1;
     VTMS::Thread *m_record = nullptr;
     std::thread m_thread;
 };
@@ -168,8 +226,7 @@ public:
 
 private:
     CountedConnection(Recorder *listener, VTMS::EmitterBase *emitter, VTMS::Thread *thread)
-        : VTMS::ConnectionImpl1<Recorder, void, int>(listener, &Recorder::onInt, emitter,
-                                                     thread) {
+        : VTMS::ConnectionImpl1<Recorder, void, int>(listener, &Recorder::onInt, emitter, thread) {
         ++s_live;
     }
 

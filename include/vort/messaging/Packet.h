@@ -36,7 +36,10 @@ class EmitterBase;
 class VORT_EXPORT Payload {
 public:
     // No gate; one reference, for the first `Packet` to take over.
-    Payload();
+    Payload() : m_gate(nullptr), m_mutex(VORT::Mutex::NonRecursive) {
+        m_pending.init(0);
+        m_refCount.init(1);
+    }
     virtual ~Payload();
     Payload(const Payload &) = delete;
     Payload &operator=(const Payload &) = delete;
