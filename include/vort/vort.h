@@ -11,6 +11,7 @@
 #include <vort/bones/ModuleObject.h>
 #include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/StringID.h>
+#include <vort/bones/TWrappedObject.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VList.h>
 #include <vort/command/ChangeLevel.h>

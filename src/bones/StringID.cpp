@@ -2,6 +2,7 @@
 #include <vort/bones/StringID.h>
 #include <vort/bones/VHash.h>
 #include <vort/messaging/Mutex.h>
+#include <vort/services/Translation.h>
 
 #include <cstdint>
 #include <istream>
@@ -190,6 +191,14 @@ bool StringID::equalsIgnoreCase(std::string const &text) const {
 
 std::string toString(StringID const &id) {
     return id.getString();
+}
+
+std::string StringID::getXlateString() const {
+    if (m_string == nullptr) {
+        return std::string();
+    }
+    return std::string(
+        VTServices::VTService<VTServices::Translation>::get()->translate(m_string->c_str()));
 }
 
 std::ostream &operator<<(std::ostream &stream, StringID const &id) {

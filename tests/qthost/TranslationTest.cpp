@@ -1,4 +1,5 @@
 #include "QtHostTestSupport.h"
+#include <vort/bones/StringID.h>
 #include <vort/qthost/Translation.h>
 
 #include <QtCore/QCoreApplication>
@@ -111,4 +112,13 @@ TEST(QtTranslationConcurrency, TranslatesFromManyThreads) {
         EXPECT_EQ(text, first[0]) << "two threads got two copies of one translation";
     }
     EXPECT_STREQ(first[0], "Sans titre");
+}
+
+TEST(QtTranslation, TranslatesStringIdsOnceInstalled) {
+    French french;
+    Installed installed(french);
+    VTServices::VTService<VTServices::Translation>::install(new Translation);
+    EXPECT_EQ(VORT::StringID("Untitled").getXlateString(), "Sans titre");
+    EXPECT_EQ(VORT::StringID("Other").getXlateString(), "Other");
+    VTServices::VTService<VTServices::Translation>::install(nullptr);
 }

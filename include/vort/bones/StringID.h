@@ -62,6 +62,10 @@ public:
     const char *c_str() const { return m_string != nullptr ? m_string->c_str() : ""; }
     // The interned string; an empty string for the empty id.
     std::string const &getString() const { return m_string != nullptr ? *m_string : emptyString(); }
+    // The text in the host's language, through the installed `VTServices::Translation`; asked
+    // anew on every call, with no lock held. The empty id gives "" without asking, so it works
+    // with no service installed; any other id needs the service (a programming error otherwise).
+    std::string getXlateString() const;
 
     // The id of this text followed by the other's; the empty id counts as an empty text.
     StringID concat(StringID other);
