@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 using VORT::ThrottledCallback;
@@ -64,80 +65,55 @@ TEST_F(ThrottledCallbackTest, FirstTriggerCallsAtOnceAfterStartingTheInterval) {
     EXPECT_EQ(callback.startsSeenAtCall, std::vector<size_t>{1}) << "the work ran before the start";
 }
 
-TEST_F(ThrottledCallbackTest, TriggersDuringTheIntervalCollapseIntoOneCallAtTheTimeOut) {
-    Counting callback(100);
-    callback.trigger();
-    const unsigned int timer = lastTimer();
-    callback.trigger();
-    callback.trigger();
-    callback.trigger();
-    EXPECT_EQ(callback.calls, 1);
-    EXPECT_EQ(service->events.size(), 1u);
-
-    ASSERT_TRUE(service->fire(timer));
-    EXPECT_EQ(callback.calls, 2);
-    ASSERT_EQ(service->events.size(), 2u) << "the pending call starts a new interval";
-    EXPECT_EQ(service->events[1], (Event{FakeTimerService::Single, timer, 100}));
-
-    // Nothing pending: the time-out ends the interval and calls nothing.
-    ASSERT_TRUE(service->fire(timer));
-    EXPECT_EQ(callback.calls, 2);
-    EXPECT_EQ(service->events.size(), 2u);
-
-    // So the next trigger fires at once.
-    callback.trigger();
-    EXPECT_EQ(callback.calls, 3);
-    EXPECT_EQ(service->events.size(), 3u);
-}
-
-TEST_F(ThrottledCallbackTest, BlockHoldsCallsBackUntilUnblocked) {
-    Counting callback(100);
-    EXPECT_FALSE(callback.isBlocked());
-    callback.blockCall();
-    EXPECT_TRUE(callback.isBlocked());
-    callback.trigger();
-    callback.trigger();
-    EXPECT_EQ(callback.calls, 0);
-    EXPECT_TRUE(service->events.empty());
-
-    callback.unblockCall();
-    EXPECT_FALSE(callback.isBlocked());
-    EXPECT_EQ(callback.calls, 1) << "a pending call with no interval running is made at once";
-    EXPECT_EQ(service->events.size(), 1u);
-
-    // Unblocking with nothing pending calls nothing.
-    callback.blockCall();
-    callback.unblockCall();
-    EXPECT_EQ(callback.calls, 1);
-}
-
-TEST_F(ThrottledCallbackTest, BlockDuringTheIntervalDefersThePendingCallPastTheTimeOut) {
-    Counting callback(100);
-    callback.trigger();
-    const unsigned int timer = lastTimer();
-    callback.trigger();
-    callback.blockCall();
-
-    ASSERT_TRUE(service->fire(timer));
-    EXPECT_EQ(callback.calls, 1) << "the block holds the pending call at the time-out";
-    EXPECT_EQ(service->events.size(), 1u);
-
-    callback.unblockCall();
-    EXPECT_EQ(callback.calls, 2);
-    EXPECT_EQ(service->events.size(), 2u);
-}
-
-TEST_F(ThrottledCallbackTest, UnblockWhileTheIntervalRunsWaitsForTheTimeOut) {
-    Counting callback(100);
-    callback.trigger();
-    const unsigned int timer = lastTimer();
-    callback.blockCall();
-    callback.trigger();
-    callback.unblockCall();
-    EXPECT_EQ(callback.calls, 1) << "the interval still stands in the way";
-
-    ASSERT_TRUE(service->fire(timer));
-    EXPECT_EQ(callback.calls, 2) << "the pending call survived the unblock";
+// Scripts of steps, each followed by the number of calls made and of timer starts seen so far:
+// 't' triggers, 'f' runs the callback's timer out (if it runs), 'b' blocks, 'u' unblocks.
+TEST_F(ThrottledCallbackTest, ScriptsOfTriggersBlocksAndTimeOuts) {
+    const struct {
+        const char *what;
+        const char *steps;
+        const char *calls;
+        const char *starts;
+    } scripts[] = {
+        {"triggers in the interval fold into one call at the time-out", "ttttf", "11112", "11112"},
+        {"a time-out with nothing pending lets the next trigger fire", "tftft", "11223", "11223"},
+        {"a block holds calls; unblocking makes the pending one", "bttu", "0001", "0001"},
+        {"unblocking with nothing pending calls nothing", "bu", "00", "00"},
+        {"a block holds the pending call past the time-out", "ttbfu", "11112", "11112"},
+        {"unblocking inside the interval waits for the time-out", "tbtuf", "11112", "11112"},
+        {"a block set and lifted inside the interval changes nothing", "tbutf", "11112", "11112"},
+        {"a trigger while blocked waits even with no interval running", "tbft", "1111", "1111"},
+    };
+    for (auto const &script : scripts) {
+        SCOPED_TRACE(script.what);
+        service->events.clear();
+        Counting callback(100);
+        std::string calls, starts;
+        for (const char *step = script.steps; *step != '\0'; ++step) {
+            switch (*step) {
+                case 't':
+                    callback.trigger();
+                    break;
+                case 'f':
+                    ASSERT_FALSE(service->events.empty()) << "no timer to run out";
+                    service->fire(lastTimer());
+                    break;
+                case 'b':
+                    callback.blockCall();
+                    break;
+                case 'u':
+                    callback.unblockCall();
+                    break;
+            }
+            calls += std::to_string(callback.calls);
+            starts += std::to_string(service->events.size());
+        }
+        EXPECT_EQ(calls, script.calls);
+        EXPECT_EQ(starts, script.starts);
+        const std::string steps = script.steps;
+        const size_t lastBlockStep = steps.find_last_of("bu");
+        EXPECT_EQ(callback.isBlocked(),
+                  lastBlockStep != std::string::npos && steps[lastBlockStep] == 'b');
+    }
 }
 
 TEST_F(ThrottledCallbackTest, NewIntervalAppliesFromTheNextStart) {
