@@ -2,6 +2,7 @@
 #include <vort/qthost/TimerService.h>
 
 #include <QtCore/QObject>
+#include <QtCore/QThread>
 #include <QtCore/QTimer>
 
 #include <map>

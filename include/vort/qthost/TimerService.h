@@ -18,9 +18,9 @@
 #include <vort/qthost/qthost_export.h>
 #include <vort/services/TessarTimerService.h>
 
-#include <QtCore/QThread>
-
 #include <memory>
+
+class QThread;
 
 namespace VORT {
 namespace QtHost {
