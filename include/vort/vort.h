@@ -18,8 +18,13 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/messaging/Connection.h>
+#include <vort/messaging/Emitter.h>
 #include <vort/messaging/Gate.h>
+#include <vort/messaging/HostExceptions.h>
 #include <vort/messaging/Mutex.h>
+#include <vort/messaging/Packet.h>
 #include <vort/messaging/ReadWriteLock.h>
+#include <vort/messaging/Thread.h>
 
 #endif  // VORT_VORT_H

@@ -1,5 +1,6 @@
 #include <vort/messaging/Mutex.h>
 
+#include <cstdint>
 #include <mutex>
 
 namespace VORT {
@@ -13,25 +14,48 @@ struct Mutex::Private {
     std::recursive_mutex nested;
 };
 
-Mutex::Mutex(RecursiveMode mode) : d(new Private(mode == Recursive)) {}
+namespace {
+
+// Many mutexes are built and never locked (every message payload has one); they cost no
+// allocation.
+template <typename Record>
+bool isBuilt(Record *record) {
+    return reinterpret_cast<std::uintptr_t>(record) > 1;
+}
+
+}  // namespace
 
 Mutex::~Mutex() {
-    delete d;
+    if (isBuilt(d)) {
+        delete d;
+    }
 }
 
 void Mutex::lock() {
-    if (d->recursive) {
-        d->nested.lock();
+    Private *record = __atomic_load_n(&d, __ATOMIC_ACQUIRE);
+    if (!isBuilt(record)) {
+        // Two first lockers may race: one record wins, the other is dropped.
+        Private *const built = new Private(record != nullptr);
+        if (__atomic_compare_exchange_n(&d, &record, built, false, __ATOMIC_ACQ_REL,
+                                        __ATOMIC_ACQUIRE)) {
+            record = built;
+        } else {
+            delete built;
+        }
+    }
+    if (record->recursive) {
+        record->nested.lock();
     } else {
-        d->plain.lock();
+        record->plain.lock();
     }
 }
 
 void Mutex::unlock() {
-    if (d->recursive) {
-        d->nested.unlock();
+    Private *const record = __atomic_load_n(&d, __ATOMIC_ACQUIRE);
+    if (record->recursive) {
+        record->nested.unlock();
     } else {
-        d->plain.unlock();
+        record->plain.unlock();
     }
 }
 

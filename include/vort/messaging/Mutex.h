@@ -15,7 +15,9 @@ public:
     // The values run against Qt's own enumeration: 0 is recursive, 1 is not.
     enum RecursiveMode { Recursive = 0, NonRecursive = 1 };
 
-    explicit Mutex(RecursiveMode mode = NonRecursive);
+    // Allocates nothing: the lock's record is made at the first `lock`.
+    explicit Mutex(RecursiveMode mode = NonRecursive)
+        : d(mode == Recursive ? reinterpret_cast<Private *>(kUnbuiltRecursive) : nullptr) {}
     ~Mutex();
     Mutex(const Mutex &) = delete;
     Mutex &operator=(const Mutex &) = delete;
@@ -28,6 +30,10 @@ public:
     void assertIsLockedOnThisThread();
 
 private:
+    // Until its first lock a mutex has no record: `d` holds only the mode, null for a
+    // non-recursive mutex and this tag for a recursive one.
+    static constexpr unsigned long kUnbuiltRecursive = 1;
+
     struct Private;
     Private *d;
 };

@@ -31,6 +31,30 @@ private:
     Private *d;
 };
 
+// Holds a lock for reading for the life of a scope.
+class ReadLocker {
+public:
+    explicit ReadLocker(ReadWriteLock &lock) : m_lock(lock) { m_lock.readLock(); }
+    ~ReadLocker() { m_lock.unlock(); }
+    ReadLocker(const ReadLocker &) = delete;
+    ReadLocker &operator=(const ReadLocker &) = delete;
+
+private:
+    ReadWriteLock &m_lock;
+};
+
+// Holds a lock for writing for the life of a scope.
+class WriteLocker {
+public:
+    explicit WriteLocker(ReadWriteLock &lock) : m_lock(lock) { m_lock.writeLock(); }
+    ~WriteLocker() { m_lock.unlock(); }
+    WriteLocker(const WriteLocker &) = delete;
+    WriteLocker &operator=(const WriteLocker &) = delete;
+
+private:
+    ReadWriteLock &m_lock;
+};
+
 }  // namespace VORT
 
 #endif  // VORT_MESSAGING_READWRITELOCK_H
