@@ -62,7 +62,7 @@ Gate::~Gate() {
 
 void Gate::wait() {
     std::unique_lock<std::mutex> held(d->lock);
-    d->waiters.fetch_add(1, std::memory_order_relaxed);
+    d->waiters.fetch_add(1);
     if (d->openCount == 0) {
         d->block(held, [this](std::unique_lock<std::mutex> &h, auto ready) {
             d->condition.wait(h, ready);
@@ -70,12 +70,12 @@ void Gate::wait() {
         });
     }
     d->pass();
-    d->waiters.fetch_sub(1, std::memory_order_relaxed);
+    d->waiters.fetch_sub(1);
 }
 
 bool Gate::wait(unsigned long milliseconds) {
     std::unique_lock<std::mutex> held(d->lock);
-    d->waiters.fetch_add(1, std::memory_order_relaxed);
+    d->waiters.fetch_add(1);
     bool timedOut = false;
     if (d->openCount == 0) {
         const auto limit = std::chrono::milliseconds(milliseconds);
@@ -84,7 +84,7 @@ bool Gate::wait(unsigned long milliseconds) {
         });
     }
     d->pass();
-    d->waiters.fetch_sub(1, std::memory_order_relaxed);
+    d->waiters.fetch_sub(1);
     return timedOut;
 }
 
@@ -97,7 +97,7 @@ void Gate::open() {
 }
 
 void Gate::open(int count) {
-    const int n = std::min(count, d->waiters.load(std::memory_order_relaxed));
+    const int n = std::min(count, d->waiters.load());
     {
         std::lock_guard<std::mutex> guard(d->lock);
         d->openCount = count - n;
@@ -110,6 +110,11 @@ void Gate::open(int count) {
 void Gate::close() {
     std::lock_guard<std::mutex> guard(d->lock);
     d->openCount = 0;
+}
+
+int Gate::waiting() const {
+    std::lock_guard<std::mutex> guard(d->lock);
+    return d->waiters.load();
 }
 
 void Gate::wakeOne() {

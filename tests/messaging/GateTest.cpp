@@ -1,8 +1,167 @@
+#include "support/Latch.h"
 #include <vort/messaging/Gate.h>
 
 #include <gtest/gtest.h>
 
-TEST(Gate, Placeholder) {
-    VORT::Gate g(1);
-    EXPECT_FALSE(g.wait(1));
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+using VORT::Gate;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Runs `wait()` on a thread of its own and tells whether it came out.
+class Waiter {
+public:
+    explicit Waiter(Gate &gate)
+        : m_thread([this, &gate] {
+              m_started.countDown();
+              gate.wait();
+              m_passed.countDown();
+          }) {
+        m_started.wait();
+    }
+    ~Waiter() { m_thread.join(); }
+
+    bool passedWithin(std::chrono::milliseconds limit) { return m_passed.wait(limit); }
+
+private:
+    vort_test::Latch m_started{1};
+    vort_test::Latch m_passed{1};
+    std::thread m_thread;
+};
+
+// Polls, with a bound, until `count` threads block in the closed gate.
+bool blockedInGate(Gate const &gate, int count) {
+    const auto deadline = std::chrono::steady_clock::now() + 10s;
+    while (gate.waiting() < count) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+}  // namespace
+
+TEST(Gate, InitialPassesLetThatManyThroughWithoutBlocking) {
+    Gate gate(2);
+    EXPECT_FALSE(gate.wait(10));
+    EXPECT_FALSE(gate.wait(10));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(gate.wait(10)) << "the third waiter finds the gate closed";
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 9ms);
+}
+
+TEST(Gate, OpenLetsEveryoneThroughUntilClosed) {
+    Gate gate;
+    gate.open();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_FALSE(gate.wait(10));
+    }
+    gate.wait();
+    gate.close();
+    EXPECT_TRUE(gate.wait(10));
+}
+
+TEST(Gate, TimedWaitOnClosedGateRunsOut) {
+    Gate gate;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(gate.wait(20));
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(elapsed, 19ms);
+    EXPECT_LT(elapsed, 5s);
+}
+
+TEST(Gate, OpenWithCountReplacesRatherThanAdds) {
+    Gate gate(3);
+    gate.open(1);
+    EXPECT_FALSE(gate.wait(10));
+    EXPECT_TRUE(gate.wait(10)) << "open(1) left one pass, not four";
+}
+
+TEST(GateConcurrency, OpenWithCountWakesPresentWaiterAndKeepsTheRest) {
+    Gate gate;
+    Waiter waiter(gate);
+    ASSERT_TRUE(blockedInGate(gate, 1));
+    gate.open(3);
+    ASSERT_TRUE(waiter.passedWithin(10s));
+    // The woken waiter took a pass of its own: of three, one was handed to it, and it took
+    // another on its way out, leaving one for later arrivals.
+    EXPECT_FALSE(gate.wait(10));
+    EXPECT_TRUE(gate.wait(10));
+}
+
+TEST(GateConcurrency, WakeOneReleasesOneWaiterAndLeavesGateClosed) {
+    Gate gate;
+    Waiter first(gate);
+    ASSERT_TRUE(blockedInGate(gate, 1));
+    gate.wakeOne();
+    ASSERT_TRUE(first.passedWithin(10s));
+    EXPECT_TRUE(gate.wait(10)) << "a wake-up is not a pass";
+}
+
+TEST(GateConcurrency, WakeAllReleasesEveryBlockedWaiter) {
+    Gate gate;
+    Waiter a(gate);
+    Waiter b(gate);
+    Waiter c(gate);
+    ASSERT_TRUE(blockedInGate(gate, 3));
+    gate.wakeAll();
+    EXPECT_TRUE(a.passedWithin(10s));
+    EXPECT_TRUE(b.passedWithin(10s));
+    EXPECT_TRUE(c.passedWithin(10s));
+    EXPECT_TRUE(gate.wait(10));
+}
+
+TEST(GateConcurrency, CloseKeepsPresentWaitersWaiting) {
+    Gate gate;
+    Waiter waiter(gate);
+    ASSERT_TRUE(blockedInGate(gate, 1));
+    gate.close();
+    EXPECT_FALSE(waiter.passedWithin(30ms));
+    gate.open();
+    EXPECT_TRUE(waiter.passedWithin(10s));
+}
+
+TEST(GateConcurrency, EachSinglePassReleasesExactlyOneWaiter) {
+    constexpr int kThreads = 3;
+    constexpr int kRounds = 100;
+    Gate gate;
+    std::atomic<int> passed{0};
+    std::vector<std::thread> threads;
+    // Whatever the outcome, let every thread out before joining it.
+    struct ReleaseAndJoin {
+        Gate &gate;
+        std::vector<std::thread> &threads;
+        ~ReleaseAndJoin() {
+            gate.open();
+            for (auto &thread : threads) {
+                thread.join();
+            }
+        }
+    } releaseAndJoin{gate, threads};
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < kRounds; ++i) {
+                gate.wait();
+                passed.fetch_add(1);
+            }
+        });
+    }
+    // Each pass goes either to a blocked waiter, which it wakes, or to the next arrival; it is
+    // never lost and never taken twice.
+    for (int i = 0; i < kThreads * kRounds; ++i) {
+        gate.open(1);
+        const auto deadline = std::chrono::steady_clock::now() + 10s;
+        while (passed.load() <= i && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::yield();
+        }
+        ASSERT_EQ(passed.load(), i + 1) << "after pass " << i;
+    }
+    EXPECT_TRUE(gate.wait(10)) << "no pass is left over";
 }

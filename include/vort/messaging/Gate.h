@@ -38,6 +38,10 @@ public:
     void wakeOne();
     void wakeAll();
 
+    // How many threads are inside `wait` now. While the gate is closed, those are the threads
+    // that block in it; a snapshot, for diagnostics and tests.
+    int waiting() const;
+
 private:
     struct Private;
     Private *d;

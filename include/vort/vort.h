@@ -1,0 +1,23 @@
+// Everything VortUtil offers, in one include. Hosts that care about build times include the
+// one family they use instead: <vort/<module>/<Name>.h>.
+#ifndef VORT_VORT_H
+#define VORT_VORT_H
+
+#include <vort/bones/AtomicCounter.h>
+#include <vort/bones/DataObject.h>
+#include <vort/bones/Library.h>
+#include <vort/bones/MimeRegistry.h>
+#include <vort/err/ErrorDescription.h>
+#include <vort/err/ErrorHolder.h>
+#include <vort/err/Exception.h>
+#include <vort/err/ZQFErrorDescription.h>
+#include <vort/messaging/Gate.h>
+#include <vort/messaging/Mutex.h>
+#include <vort/messaging/ReadWriteLock.h>
+#include <vort/types/BoolType.h>
+#include <vort/types/ByteArrayType.h>
+#include <vort/types/MD5Hash.h>
+#include <vort/types/MD5HashType.h>
+#include <vort/types/Type.h>
+
+#endif  // VORT_VORT_H
