@@ -86,7 +86,8 @@ public:
     TypeInfo &operator=(TypeInfo &&other) noexcept;
     ~TypeInfo();
 
-    // True when `value` is not empty and holds exactly the class that this type carries.
+    // True when `value` is not empty and holds exactly the class that this type carries; says
+    // nothing about the value itself. Always false on a type that keeps `Type`'s body.
     bool isValid(any const &value) const { return m_type->isValid(value); }
 
     any convertFromString(std::string const &text, ErrorHolder &error) const {
