@@ -7,6 +7,8 @@
 #include <vort/bones/DataObject.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/MimeRegistry.h>
+#include <vort/bones/VHash.h>
+#include <vort/bones/VList.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
