@@ -3,8 +3,11 @@
 #ifndef VORT_VORT_H
 #define VORT_VORT_H
 
+#include <vort/bones/Any.h>
 #include <vort/bones/AtomicCounter.h>
+#include <vort/bones/ByteArray.h>
 #include <vort/bones/DataObject.h>
+#include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/MimeRegistry.h>
 #include <vort/bones/VHash.h>

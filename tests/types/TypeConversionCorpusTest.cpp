@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 TEST(TypeConversionFuzzer, ReplaysTheKeptCorpus) {
     namespace fs = std::filesystem;
-    const fs::path folder = fs::path(VORT_FUZZ_CORPUS) / "type_conversion_fuzzer";
+    const fs::path folder = fs::path(VORT_FUZZ_CORPUS_DIR) / "type_conversion_fuzzer";
     ASSERT_TRUE(fs::is_directory(folder)) << folder;
     int replayed = 0;
     for (fs::directory_entry const &entry : fs::directory_iterator(folder)) {
