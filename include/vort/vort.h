@@ -10,6 +10,7 @@
 #include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/MimeRegistry.h>
+#include <vort/bones/StringID.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VList.h>
 #include <vort/err/ErrorDescription.h>
