@@ -13,6 +13,9 @@
 #include <vort/bones/StringID.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VList.h>
+#include <vort/command/ChangeLevel.h>
+#include <vort/command/Command.h>
+#include <vort/command/CommandTarget.h>
 #include <vort/err/ErrorDescription.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>

@@ -149,10 +149,11 @@ std::string const *StringID::setStringID(std::string const &text) {
     if (text.empty()) {
         return nullptr;
     }
+    // The table's own hash of the text (`vHash`), computed once. It depends on the text alone,
+    // so it is taken before the lock, which keeps the time under the lock short.
+    const unsigned int h = hsl_hash_string(0, text.c_str());
     MutexLocker lock(reposMutex());
     Table &repository = table();
-    // The table's own hash of the text, `vHash`, computed once.
-    const unsigned int h = hsl_hash_string(0, text.c_str());
     if (std::string const *known = lookUp(repository, text, h)) {
         return known;
     }

@@ -13,11 +13,17 @@ ErrorDescription &ErrorDescription::operator=(ErrorDescription const &other) {
 
 ErrorDescription::~ErrorDescription() = default;
 
-ErrorDescription *ErrorDescription::clone() { return new ErrorDescription(*this); }
+ErrorDescription *ErrorDescription::clone() {
+    return new ErrorDescription(*this);
+}
 
-std::string ErrorDescription::what() const { return "Unspecified error"; }
+std::string ErrorDescription::what() const {
+    return "Unspecified error";
+}
 
-std::string ErrorDescription::id() const { return GENERIC_ERROR_ID; }
+std::string ErrorDescription::id() const {
+    return GENERIC_ERROR_ID;
+}
 
 SimpleErrorDescription::SimpleErrorDescription(CodeLocation const &where,
                                                std::string const &message)
@@ -38,10 +44,16 @@ SimpleErrorDescription &SimpleErrorDescription::operator=(SimpleErrorDescription
 
 SimpleErrorDescription::~SimpleErrorDescription() = default;
 
-ErrorDescription *SimpleErrorDescription::clone() { return new SimpleErrorDescription(*this); }
+ErrorDescription *SimpleErrorDescription::clone() {
+    return new SimpleErrorDescription(*this);
+}
 
-std::string SimpleErrorDescription::what() const { return m_message; }
+std::string SimpleErrorDescription::what() const {
+    return m_message;
+}
 
-std::string SimpleErrorDescription::id() const { return m_id; }
+std::string SimpleErrorDescription::id() const {
+    return m_id;
+}
 
 }  // namespace VORT

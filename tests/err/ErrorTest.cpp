@@ -1,3 +1,4 @@
+#include "support/PlatformHooks.h"
 #include <vort/bones/Library.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
@@ -7,8 +8,6 @@
 
 #include <stdexcept>
 #include <typeinfo>
-
-#include "support/PlatformHooks.h"
 
 using namespace VORT;
 

@@ -1,17 +1,15 @@
 // vort message CODE [ARG...] [--lang en|ja]: prints a catalogue message with its arguments put
 // in, formatted the way the library formats a raised error.
+#include "Subcommand.h"
 #include <vort/bones/Library.h>
 #include <vort/err/ZQFErrorDescription.h>
-
-#include <iconv.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iconv.h>
 #include <memory>
-
-#include "Subcommand.h"
 
 namespace vort_tool {
 namespace {
@@ -139,8 +137,8 @@ int run(std::vector<std::string> const &arguments) {
 }
 
 const Registration registration({kName, "CODE [ARG...] [--lang en|ja]",
-                                  "print a catalogue message (code in hex, decimal or as its id)",
-                                  &run});
+                                 "print a catalogue message (code in hex, decimal or as its id)",
+                                 &run});
 
 }  // namespace
 }  // namespace vort_tool

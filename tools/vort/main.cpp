@@ -1,3 +1,4 @@
+#include "Subcommand.h"
 #include <vort/bones/Library.h>
 
 #include <cstdio>
@@ -5,8 +6,6 @@
 #include <map>
 #include <string>
 #include <vector>
-
-#include "Subcommand.h"
 
 namespace vort_tool {
 namespace {

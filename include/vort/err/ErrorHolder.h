@@ -35,9 +35,7 @@ public:
     std::string id() const;
 
     // Compares the held pointers: two distinct holders are equal only when both are empty.
-    bool operator==(ErrorHolder const &other) const {
-        return m_description == other.m_description;
-    }
+    bool operator==(ErrorHolder const &other) const { return m_description == other.m_description; }
     bool operator!=(ErrorHolder const &other) const { return !(*this == other); }
 
     // Deletes the current description, then stores a copy of `description` with the exact

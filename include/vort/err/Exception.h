@@ -38,9 +38,7 @@ public:
     TypedException(TypedException const &) = default;
     ~TypedException() override = default;
 
-    ErrorDescription *description() const override {
-        return const_cast<T *>(&m_description);
-    }
+    ErrorDescription *description() const override { return const_cast<T *>(&m_description); }
 
 private:
     T m_description;
