@@ -6,8 +6,10 @@
 #include <vort/bones/Any.h>
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/ByteArray.h>
+#include <vort/bones/DataObject.h>
 #include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
+#include <vort/bones/MimeRegistry.h>
 #include <vort/bones/StringID.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VList.h>
@@ -26,5 +28,10 @@
 #include <vort/messaging/Packet.h>
 #include <vort/messaging/ReadWriteLock.h>
 #include <vort/messaging/Thread.h>
+#include <vort/types/BoolType.h>
+#include <vort/types/ByteArrayType.h>
+#include <vort/types/MD5Hash.h>
+#include <vort/types/MD5HashType.h>
+#include <vort/types/Type.h>
 
 #endif  // VORT_VORT_H
