@@ -6,8 +6,10 @@
 #include <vort/bones/Any.h>
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/ByteArray.h>
+#include <vort/bones/DataObject.h>
 #include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
+#include <vort/bones/MimeRegistry.h>
 #include <vort/bones/ModuleObject.h>
 #include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/StringID.h>
@@ -21,10 +23,15 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/messaging/Connection.h>
+#include <vort/messaging/Emitter.h>
 #include <vort/messaging/Gate.h>
+#include <vort/messaging/HostExceptions.h>
 #include <vort/messaging/Mutex.h>
+#include <vort/messaging/Packet.h>
 #include <vort/messaging/ReadWriteLock.h>
 #include <vort/messaging/TessarTimer.h>
+#include <vort/messaging/Thread.h>
 #include <vort/messaging/ThrottledCallback.h>
 #include <vort/services/ApplicationContext.h>
 #include <vort/services/ErrorHandling.h>
@@ -38,5 +45,10 @@
 #include <vort/services/Translation.h>
 #include <vort/services/VTRCCreator.h>
 #include <vort/services/VTService.h>
+#include <vort/types/BoolType.h>
+#include <vort/types/ByteArrayType.h>
+#include <vort/types/MD5Hash.h>
+#include <vort/types/MD5HashType.h>
+#include <vort/types/Type.h>
 
 #endif  // VORT_VORT_H

@@ -83,8 +83,7 @@ ConnectedPacket::ConnectedPacket(const ConnectedPacket &other)
 
 ConnectedPacket &ConnectedPacket::operator=(const ConnectedPacket &other) {
     if (m_connection != other.m_connection) {
-        // Take the new use first: giving back the old one may free a connection that is the
-        // same object only by address reuse, never one that `other` still holds.
+        // The new use first, so that nothing `other` holds is ever at zero in between.
         if (other.m_connection != nullptr) {
             other.m_connection->incRef();
         }

@@ -16,6 +16,7 @@
 
 namespace {
 
+using vort_test::Acting;
 using vort_test::IntEmitter;
 using vort_test::Latch;
 using vort_test::processHere;
@@ -65,61 +66,34 @@ TEST(MessagingConcurrency, BlockingSendOutlivesADropPacketsCutOfItsOnlyListener)
     EXPECT_EQ(listener.count(), 0);
 }
 
-// A listener whose handler runs a given action after noting the value.
-class Acting : public Recorder {
-public:
-    std::function<void(int)> action;
-    void onInt(int value) {
-        note(std::to_string(value));
-        if (action) {
-            action(value);
-        }
-    }
-};
-
-TEST(MessagingConcurrency, BlockAndProcessDeliversTheSendersOwnQueueWhileWaiting) {
+TEST(MessagingConcurrency, BlockAndProcessWorksThroughItsOwnQueueWhileItWaits) {
     ServiceThread server;
     ASSERT_TRUE(server.registerAs("MessagingConcurrency.own-queue", true));
     IntEmitter local;
-    IntEmitter remote(VTMS::BlockAndProcess);
-    Acting waiting;  // on this thread's queue
-    Acting there;    // on the server
-    local.connect(&waiting, &Acting::onInt);
-    remote.connect(&there, &Acting::onInt, server.record());
-
-    Latch ownPacketDelivered(1);
-    waiting.action = [&](int) { ownPacketDelivered.countDown(); };
-    // The server's handler returns only once the packet waiting in the sender's own queue has
-    // been delivered, which only the sender's wait can do.
-    bool servedInTime = false;
-    there.action = [&](int) { servedInTime = ownPacketDelivered.wait(); };
-
-    local.sendWith(VTMS::AlwaysQueue, 1);
-    remote.send(2);
-    EXPECT_TRUE(servedInTime);
-    EXPECT_EQ(waiting.count(), 1);
-    EXPECT_EQ(there.count(), 1);
-}
-
-TEST(MessagingConcurrency, BlockAndProcessAnswersACallBackFromTheServer) {
-    ServiceThread server;
-    ASSERT_TRUE(server.registerAs("MessagingConcurrency.call-back", true));
     IntEmitter question(VTMS::BlockAndProcess);
     IntEmitter answer;
-    Acting asker;   // served on this thread
-    Acting helper;  // served on the server
+    Acting waiting;  // a packet for it waits in this thread's queue before the send
+    Acting asker;    // the server's answer comes to it through this thread's queue
+    Acting helper;   // served on the server
+    local.connect(&waiting, &Acting::onInt);
     question.connect(&helper, &Acting::onInt, server.record());
     answer.connect(&asker, &Acting::onInt, VTMS::Thread::getCurrentThread());
 
-    Latch answered(1);
-    asker.action = [&](int) { answered.countDown(); };
-    bool gotAnswer = false;
+    // The server's handler returns only once both packets in the asking thread's queue have
+    // been delivered, which only the asking thread's wait can do.
+    Latch served(2);
+    waiting.action = [&](int) { served.countDown(); };
+    asker.action = [&](int) { served.countDown(); };
+    bool servedInTime = false;
     helper.action = [&](int value) {
-        answer.send(value * 10);  // queued to the asking thread, which is blocked in its send
-        gotAnswer = answered.wait();
+        answer.send(value * 10);
+        servedInTime = served.wait();
     };
+
+    local.sendWith(VTMS::AlwaysQueue, 1);
     question.send(4);
-    EXPECT_TRUE(gotAnswer);
+    EXPECT_TRUE(servedInTime);
+    EXPECT_EQ(waiting.received(), (std::vector<std::string>{"1"}));
     EXPECT_EQ(asker.received(), (std::vector<std::string>{"40"}));
 }
 

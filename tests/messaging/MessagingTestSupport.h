@@ -198,6 +198,18 @@ public:
 };
 typedef OpenEmitter<int> IntEmitter;
 
+// A recorder whose handler then runs `action` with the value.
+class Acting : public Recorder {
+public:
+    std::function<void(int)> action;
+    void onInt(int value) {
+        note(std::to_string(value));
+        if (action) {
+            action(value);
+        }
+    }
+};
+
 // Delivers what the calling thread's own queue holds.
 inline void processHere() {
     VTMS::Thread::getCurrentThread()->process();

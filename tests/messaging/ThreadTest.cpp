@@ -12,6 +12,7 @@
 
 namespace {
 
+using vort_test::Acting;
 using vort_test::CountedConnection;
 using vort_test::IntEmitter;
 using vort_test::OwnedThread;
@@ -92,18 +93,6 @@ TEST(Thread, ProcessOneDeliversOnlyTheFirstPacket) {
     thread.processOne();
     EXPECT_EQ(listener.received(), (std::vector<std::string>{"1", "2"}));
 }
-
-// A listener whose handler runs a given action after noting the value.
-class Acting : public Recorder {
-public:
-    std::function<void(int)> action;
-    void onInt(int value) {
-        note(std::to_string(value));
-        if (action) {
-            action(value);
-        }
-    }
-};
 
 TEST(Thread, PacketPostedByAHandlerIsDeliveredByTheSameProcess) {
     IntEmitter emitter;

@@ -1,0 +1,48 @@
+// `VORT::ByteArrayType`: the member of the type family that carries a `ByteArray`.
+//
+// Text form: the array's Base64 text (without the NUL that `ByteArray::toBase64` leaves at the
+// end of its string). Reading takes the first whitespace-delimited word of the text, skipping
+// leading whitespace and ignoring whatever follows the word, and decodes it; an empty text (no
+// word) and a word that isn't Base64 both fail with "Can't convert string '<text>' to
+// ByteArray", where <text> is the whole text given. So the empty array's text form, the empty
+// string, does not read back. Byte form: the bytes themselves; reading them can't fail. The
+// default value is an empty array.
+//
+// Thread safety and failure: as for every `Type` (see Type.h).
+#ifndef VORT_TYPES_BYTEARRAYTYPE_H
+#define VORT_TYPES_BYTEARRAYTYPE_H
+
+#include <vort/types/Type.h>
+
+namespace VORT {
+
+class VORT_EXPORT ByteArrayType : public Type {
+public:
+    ByteArrayType() {}
+    ByteArrayType(ByteArrayType const &other) : Type(other) {}
+    ByteArrayType &operator=(ByteArrayType const &) { return *this; }
+    ~ByteArrayType() override;
+
+    static TypeInfo Create();
+    // Whether the type is a `ByteArrayType`; false for null and for an empty handle.
+    static bool Is(Type *type);
+    static bool Is(TypeInfo const &info);
+
+protected:
+    // Unchecked: the handle must hold a `ByteArrayType`.
+    static ByteArrayType *GetType(TypeInfo const &info);
+
+    any convertFromString(std::string const &text, ErrorHolder &error) const override;
+    std::string convertToString(any const &value) const override;
+    any convertFromByteArray(ByteArray const &bytes, ErrorHolder &error) const override;
+    ByteArray convertToByteArray(any const &value) const override;
+    any defaultConstruct() const override;
+    bool isValid(any const &value) const override;
+    bool isEqualTo(Type *other) const override;
+    bool isLessThan(Type *other) const override;
+    ByteArrayType *clone() const override;
+};
+
+}  // namespace VORT
+
+#endif  // VORT_TYPES_BYTEARRAYTYPE_H

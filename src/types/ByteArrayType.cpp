@@ -1,0 +1,95 @@
+#include <vort/types/ByteArrayType.h>
+
+namespace VORT {
+
+namespace {
+
+// The whitespace of a text stream in the classic locale, which is what separates words here.
+bool isStreamSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+}  // namespace
+
+ByteArrayType::~ByteArrayType() {}
+
+TypeInfo ByteArrayType::Create() {
+    return CreateTypeInfo(new ByteArrayType);
+}
+
+bool ByteArrayType::Is(Type *type) {
+    return dynamic_cast<ByteArrayType *>(type) != nullptr;
+}
+
+bool ByteArrayType::Is(TypeInfo const &info) {
+    return Is(GetBaseType(info));
+}
+
+ByteArrayType *ByteArrayType::GetType(TypeInfo const &info) {
+    return static_cast<ByteArrayType *>(GetBaseType(info));
+}
+
+any ByteArrayType::convertFromString(std::string const &text, ErrorHolder &error) const {
+    // One word, as a stream's string extraction would take it: leading whitespace skipped, the
+    // word ends at the next whitespace, anything after it is ignored. The decoder's own message
+    // is not passed on; the caller learns only that the text isn't a byte array.
+    std::string::size_type begin = 0;
+    while (begin < text.size() && isStreamSpace(text[begin])) {
+        ++begin;
+    }
+    std::string::size_type end = begin;
+    while (end < text.size() && !isStreamSpace(text[end])) {
+        ++end;
+    }
+    if (end > begin) {
+        ErrorHolder decoding;
+        ByteArray bytes = ByteArray::fromBase64(text.substr(begin, end - begin), decoding);
+        if (!decoding.hasError()) {
+            return any(bytes);
+        }
+    }
+    error.setError(SimpleErrorDescription(CodeLocation(".\\types\\ByteArrayType", 320),
+                                          "Can't convert string '" + text + "' to ByteArray"));
+    return any();
+}
+
+std::string ByteArrayType::convertToString(any const &value) const {
+    const ByteArray *bytes = any_cast<ByteArray>(&value);
+    if (bytes == nullptr) {
+        throw bad_any_cast();
+    }
+    // `toBase64` ends its string with a NUL; the text form is the text before it.
+    std::string base64 = bytes->toBase64();
+    base64.resize(std::char_traits<char>::length(base64.c_str()));
+    return base64;
+}
+
+any ByteArrayType::convertFromByteArray(ByteArray const &bytes, ErrorHolder &) const {
+    return any(bytes);
+}
+
+ByteArray ByteArrayType::convertToByteArray(any const &value) const {
+    return any_cast<ByteArray>(value);
+}
+
+any ByteArrayType::defaultConstruct() const {
+    return any(ByteArray());
+}
+
+bool ByteArrayType::isValid(any const &value) const {
+    return !value.empty() && value.type() == typeid(ByteArray);
+}
+
+bool ByteArrayType::isEqualTo(Type *) const {
+    return true;
+}
+
+bool ByteArrayType::isLessThan(Type *) const {
+    return false;
+}
+
+ByteArrayType *ByteArrayType::clone() const {
+    return new ByteArrayType(*this);
+}
+
+}  // namespace VORT

@@ -1,0 +1,110 @@
+#include "support/Latch.h"
+#include "support/ProbeType.h"
+#include <vort/bones/MimeRegistry.h>
+#include <vort/types/BoolType.h>
+#include <vort/types/ByteArrayType.h>
+#include <vort/types/MD5HashType.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+using VORT::MimeRegistry;
+using VORT::StringID;
+using VORT::TypeInfo;
+using vort_test::ProbeType;
+
+TEST(MimeRegistry, StartsWithTheBuiltInRows) {
+    EXPECT_TRUE(VORT::BoolType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"))));
+    EXPECT_TRUE(
+        VORT::ByteArrayType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-bytearraytype"))));
+    EXPECT_TRUE(
+        VORT::MD5HashType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-md5hashtype"))));
+}
+
+TEST(MimeRegistry, UnknownNamesArePlainBytes) {
+    for (const char *name :
+         {"application/x-never-registered", "CV-VORT-BOOLTYPE", "", "cv-vort-booltype "}) {
+        const TypeInfo type = MimeRegistry::resolveMimeType(StringID(name));
+        EXPECT_TRUE(VORT::ByteArrayType::Is(type)) << name;
+    }
+}
+
+TEST(MimeRegistry, FirstRegistrationWins) {
+    const StringID name("application/x-mimeregistry-test-first");
+    MimeRegistry::registerMimeType(name, ProbeType::Create(1));
+    EXPECT_EQ(ProbeType::parameterOf(MimeRegistry::resolveMimeType(name)), 1);
+
+    MimeRegistry::registerMimeType(name, ProbeType::Create(2));
+    MimeRegistry::registerMimeType(name, VORT::BoolType::Create());
+    EXPECT_EQ(ProbeType::parameterOf(MimeRegistry::resolveMimeType(name)), 1);
+
+    // The built-in rows can't be overridden either.
+    MimeRegistry::registerMimeType(StringID("cv-vort-booltype"), VORT::MD5HashType::Create());
+    EXPECT_TRUE(VORT::BoolType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"))));
+}
+
+TEST(MimeRegistry, HandsOutClonesAndKeepsItsOwn) {
+    const StringID name("application/x-mimeregistry-test-clones");
+    MimeRegistry::registerMimeType(name, ProbeType::Create(8));
+    const TypeInfo first = MimeRegistry::resolveMimeType(name);
+    const TypeInfo second = MimeRegistry::resolveMimeType(name);
+    EXPECT_NE(ProbeType::objectOf(first), ProbeType::objectOf(second));
+    EXPECT_TRUE(first == second);
+}
+
+TEST(MimeRegistryConcurrency, RacingRegistrationsAgreeOnOneWinner) {
+    // The registry is made before the threads start, as its contract asks.
+    MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"));
+
+    constexpr int kThreads = 8;
+    constexpr int kNames = 500;
+    const StringID contested("application/x-mimeregistry-test-contested");
+    // The names are interned up front so that the threads meet in the registry only.
+    std::vector<std::vector<StringID>> own(kThreads);
+    for (int t = 0; t < kThreads; ++t) {
+        for (int n = 0; n < kNames; ++n) {
+            own[t].emplace_back("application/x-mimeregistry-test-" + std::to_string(t) + "-" +
+                                std::to_string(n));
+        }
+    }
+    vort_test::Latch start(kThreads);
+    std::vector<int> winnerSeen(kThreads, -2);
+    std::vector<int> ownFound(kThreads, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            start.countDown();
+            if (!start.wait()) {
+                return;
+            }
+            // Registrations back to back, then lookups, so that writers overlap writers.
+            MimeRegistry::registerMimeType(contested, ProbeType::Create(t));
+            for (int n = 0; n < kNames; ++n) {
+                MimeRegistry::registerMimeType(own[t][n], ProbeType::Create(t * 1000 + n));
+            }
+            winnerSeen[t] = ProbeType::parameterOf(MimeRegistry::resolveMimeType(contested));
+            for (int n = 0; n < kNames; ++n) {
+                if (ProbeType::parameterOf(MimeRegistry::resolveMimeType(own[t][n])) ==
+                    t * 1000 + n) {
+                    ++ownFound[t];
+                }
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+
+    const int winner = winnerSeen[0];
+    EXPECT_GE(winner, 0);
+    EXPECT_LT(winner, kThreads);
+    for (int t = 0; t < kThreads; ++t) {
+        EXPECT_EQ(winnerSeen[t], winner) << "thread " << t;
+        EXPECT_EQ(ownFound[t], kNames) << "thread " << t;
+    }
+    // The built-in rows came through the race unchanged.
+    EXPECT_TRUE(VORT::BoolType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"))));
+}

@@ -1,0 +1,186 @@
+#include "support/PlatformHooks.h"
+#include "support/ProbeType.h"
+#include <vort/types/BoolType.h>
+#include <vort/types/ByteArrayType.h>
+#include <vort/types/MD5HashType.h>
+#include <vort/types/Type.h>
+
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+using VORT::any;
+using VORT::BoolType;
+using VORT::ByteArray;
+using VORT::ErrorHolder;
+using VORT::TypeInfo;
+using vort_test::ProbeType;
+
+TEST(TypeInfo, CopyClonesAndNeverShares) {
+    const int liveBefore = ProbeType::live;
+    {
+        const TypeInfo original = ProbeType::Create(7);
+        const int clonesBefore = ProbeType::clones;
+
+        const TypeInfo copy(original);
+        EXPECT_EQ(ProbeType::clones, clonesBefore + 1);
+        EXPECT_NE(ProbeType::objectOf(copy), ProbeType::objectOf(original));
+        EXPECT_EQ(ProbeType::parameterOf(copy), 7);
+
+        TypeInfo assigned = ProbeType::Create(1);
+        assigned = original;
+        EXPECT_EQ(ProbeType::clones, clonesBefore + 2);
+        EXPECT_NE(ProbeType::objectOf(assigned), ProbeType::objectOf(original));
+        EXPECT_EQ(ProbeType::parameterOf(assigned), 7);
+
+        // Assigning an empty handle deletes the held type and leaves the target empty.
+        assigned = TypeInfo();
+        EXPECT_EQ(ProbeType::objectOf(assigned), nullptr);
+        EXPECT_EQ(ProbeType::live, liveBefore + 2);
+    }
+    EXPECT_EQ(ProbeType::live, liveBefore);
+}
+
+TEST(TypeInfo, MoveHandsTheTypeOverWithoutCloning) {
+    TypeInfo source = ProbeType::Create(3);
+    VORT::Type const *object = ProbeType::objectOf(source);
+    const int clonesBefore = ProbeType::clones;
+
+    TypeInfo moved(std::move(source));
+    EXPECT_EQ(ProbeType::objectOf(moved), object);
+    EXPECT_EQ(ProbeType::objectOf(source), nullptr);
+
+    TypeInfo target = BoolType::Create();
+    target = std::move(moved);
+    EXPECT_EQ(ProbeType::objectOf(target), object);
+    EXPECT_EQ(ProbeType::objectOf(moved), nullptr);
+    EXPECT_EQ(ProbeType::clones, clonesBefore);
+}
+
+TEST(TypeInfo, EmptyHandleCopiesToEmpty) {
+    const TypeInfo empty;
+    const TypeInfo copy(empty);
+    TypeInfo assigned = BoolType::Create();
+    assigned = empty;
+    for (TypeInfo const *info : {&empty, &copy, static_cast<TypeInfo const *>(&assigned)}) {
+        EXPECT_EQ(ProbeType::objectOf(*info), nullptr);
+        EXPECT_FALSE(VORT::BoolType::Is(*info));
+        EXPECT_FALSE(VORT::ByteArrayType::Is(*info));
+        EXPECT_FALSE(VORT::MD5HashType::Is(*info));
+    }
+    EXPECT_FALSE(VORT::BoolType::Is(static_cast<VORT::Type *>(nullptr)));
+}
+
+TEST(TypeInfo, SelfAssignmentLeavesAnEmptyHandle) {
+    // A caller fault by design (delete, then clone): it must not read the freed type.
+    const int liveBefore = ProbeType::live;
+    TypeInfo info = ProbeType::Create(5);
+    TypeInfo &alias = info;
+    info = alias;
+    EXPECT_EQ(ProbeType::objectOf(info), nullptr);
+    EXPECT_EQ(ProbeType::live, liveBefore);
+}
+
+TEST(TypeInfo, IsTellsTheFamilyMembersApart) {
+    const std::vector<TypeInfo> types = {BoolType::Create(), VORT::ByteArrayType::Create(),
+                                         VORT::MD5HashType::Create()};
+    const std::vector<bool (*)(TypeInfo const &)> tests = {
+        &VORT::BoolType::Is, &VORT::ByteArrayType::Is, &VORT::MD5HashType::Is};
+    for (size_t t = 0; t < types.size(); ++t) {
+        for (size_t i = 0; i < tests.size(); ++i) {
+            EXPECT_EQ(tests[i](types[t]), t == i) << "type " << t << ", test " << i;
+        }
+        EXPECT_FALSE(ProbeType::Is(types[t]));
+    }
+}
+
+TEST(TypeInfo, EqualityComparesKindsNotObjects) {
+    EXPECT_TRUE(BoolType::Create() == BoolType::Create());
+    EXPECT_FALSE(BoolType::Create() == VORT::ByteArrayType::Create());
+    EXPECT_FALSE(VORT::MD5HashType::Create() == VORT::ByteArrayType::Create());
+
+    // Same class: the verdict is the class's own, on its parameters.
+    EXPECT_TRUE(ProbeType::Create(4) == ProbeType::Create(4));
+    EXPECT_FALSE(ProbeType::Create(4) == ProbeType::Create(5));
+    // Different classes are never equal, whatever the parameters say.
+    EXPECT_FALSE(BoolType::Create() == ProbeType::Create(0));
+    EXPECT_FALSE(ProbeType::Create(0) == BoolType::Create());
+}
+
+TEST(TypeInfo, OrderingIsStrictAndTotal) {
+    const std::vector<TypeInfo> kinds = {BoolType::Create(), VORT::ByteArrayType::Create(),
+                                         VORT::MD5HashType::Create(), ProbeType::Create(0)};
+    for (size_t a = 0; a < kinds.size(); ++a) {
+        EXPECT_FALSE(kinds[a] < kinds[a]) << a;
+        EXPECT_FALSE(kinds[a] < TypeInfo(kinds[a])) << a;
+        for (size_t b = 0; b < kinds.size(); ++b) {
+            if (a != b) {
+                EXPECT_NE(kinds[a] < kinds[b], kinds[b] < kinds[a]) << a << " " << b;
+            }
+            for (size_t c = 0; c < kinds.size(); ++c) {
+                if (kinds[a] < kinds[b] && kinds[b] < kinds[c]) {
+                    EXPECT_TRUE(kinds[a] < kinds[c]) << a << " " << b << " " << c;
+                }
+            }
+        }
+    }
+
+    // Within one class the parameters decide.
+    EXPECT_TRUE(ProbeType::Create(1) < ProbeType::Create(2));
+    EXPECT_FALSE(ProbeType::Create(2) < ProbeType::Create(1));
+    EXPECT_FALSE(ProbeType::Create(2) < ProbeType::Create(2));
+    // The class order comes before the parameters: every probe sits on the same side of a bool.
+    const bool probeFirst = ProbeType::Create(0) < BoolType::Create();
+    EXPECT_EQ(ProbeType::Create(-100) < BoolType::Create(), probeFirst);
+    EXPECT_EQ(ProbeType::Create(100) < BoolType::Create(), probeFirst);
+}
+
+TEST(Type, BaseBodiesReadNothingAndRefuseText) {
+    const TypeInfo probe = ProbeType::Create(9);
+    ErrorHolder error;
+
+    const any fromBytes = probe.convertFromByteArray(ByteArray("\x01\x02", 2u), error);
+    EXPECT_TRUE(fromBytes.empty());
+    EXPECT_FALSE(error.hasError());
+    EXPECT_TRUE(probe.convertToByteArray(any(9)).isEmpty());
+    EXPECT_FALSE(probe.isValid(any(9)));
+
+    const any fromText = probe.convertFromString("nine", error);
+    EXPECT_TRUE(fromText.empty());
+    EXPECT_EQ(error.what(), "Can't convert string");
+    EXPECT_EQ(error.id(), "Nexlark::GenericError");
+    EXPECT_EQ(error.description()->where().file(), ".\\types\\Type");
+
+    // Forwarding reaches the class's own operations.
+    EXPECT_EQ(VORT::any_cast<int>(probe.convertFromString("ok", error)), 9);
+    EXPECT_EQ(VORT::any_cast<int>(probe.defaultConstruct()), 9);
+    EXPECT_EQ(probe.convertToString(any(12)), "12");
+}
+
+TEST(TypeInfo, HolderlessReadersAssertOnFailure) {
+    vort_test::PlatformCapture platform;
+    const TypeInfo boolType = BoolType::Create();
+
+    const any good = boolType.convertFromString("true");
+    ASSERT_FALSE(good.empty());
+    EXPECT_TRUE(VORT::any_cast<bool>(good));
+    EXPECT_EQ(VORT::any_cast<bool>(boolType.convertFromByteArray(ByteArray(1u, '\0'))), false);
+    EXPECT_TRUE(platform.assertions().empty());
+
+    const any bad = boolType.convertFromString("yes");
+    EXPECT_TRUE(bad.empty());
+    auto reports = platform.assertions();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].expression, ": !error.hasError(),");
+    EXPECT_EQ(reports[0].file, ".\\types\\Type");
+    EXPECT_FALSE(reports[0].hasMessage);
+
+    const TypeInfo refusing = ProbeType::Create(0, true);
+    EXPECT_TRUE(refusing.convertFromByteArray(ByteArray(4u, '\0')).empty());
+    reports = platform.assertions();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[1].expression, ": !error.hasError(),");
+    EXPECT_EQ(reports[1].file, ".\\types\\Type");
+    EXPECT_NE(reports[1].line, reports[0].line);
+}
