@@ -224,7 +224,8 @@ TEST(ByteArray, FromBase64AgreesWithTheOneCharacterDecoderOnArbitraryText) {
 }
 
 TEST(ByteArray, ReplaysFuzzerFindings) {
-    const std::filesystem::path folder = std::filesystem::path(VORT_FUZZ_CORPUS_DIR) / "base64_fuzzer";
+    const std::filesystem::path folder =
+        std::filesystem::path(VORT_FUZZ_CORPUS_DIR) / "base64_fuzzer";
     int replayed = 0;
     for (auto const &entry : std::filesystem::directory_iterator(folder)) {
         if (!entry.is_regular_file() || entry.path().filename().string()[0] == '.') {
