@@ -339,10 +339,10 @@ public:
         copyInPlace(from, p.end());
     }
     void prepend(const T &t) {
-        storeAt(t, [this] { return p.prepend(); });
+        storeAt(t, [this] { return prependSlot(); });
     }
     void prepend(T &&t) {
-        storeAt(std::move(t), [this] { return p.prepend(); });
+        storeAt(std::move(t), [this] { return prependSlot(); });
     }
     // Inserts before index `i`; `i <= 0` prepends and `i >= size()` appends.
     void insert(int i, const T &t) {
@@ -554,6 +554,14 @@ private:
             return d->items() + d->last++;
         }
         return p.append();
+    }
+
+    void **prependSlot() {
+        VListData::Data *d = p.d;
+        if (d->first > 0) {
+            return d->items() + --d->first;
+        }
+        return p.prepend();
     }
 
     template <typename U, typename MakeSlot>
