@@ -273,9 +273,9 @@ public:
     void swap(VHash &other) noexcept { std::swap(d, other.d); }
 
     // Sharing.
-    bool isDetached() const { return d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(d->ref); }
     void detach() {
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             detachHelper();
         }
     }
@@ -400,7 +400,7 @@ public:
         if (it.i == end_()) {
             return iterator(it.i);
         }
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             it = relocate(it);
         }
         iterator next(step(it.i));

@@ -160,9 +160,9 @@ public:
     void swap(VLinkedList &other) noexcept { std::swap(d, other.d); }
 
     // Sharing.
-    bool isDetached() const { return d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(d->ref); }
     void detach() {
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             detachHelper();
         }
     }
@@ -218,7 +218,7 @@ public:
     // Inserts before `before` and returns the new element.
     iterator insert(iterator before, const T &t) {
         Node *at = before.i;
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             at = relocate(at);
         }
         return iterator(link(at, t));
@@ -292,7 +292,7 @@ public:
     // Removes the element at `pos` and returns the next one.
     iterator erase(iterator pos) {
         Node *n = pos.i;
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             n = relocate(n);
         }
         if (n == e()) {
@@ -305,7 +305,7 @@ public:
     iterator erase(iterator from, iterator to) {
         Node *n = from.i;
         Node *end = to.i;
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             const int count = distance(n, end);
             n = relocate(n);
             end = n;

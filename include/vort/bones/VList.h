@@ -247,9 +247,9 @@ public:
     void swap(VList &other) noexcept { std::swap(p.d, other.p.d); }
 
     // Sharing.
-    bool isDetached() const { return p.d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(p.d->ref); }
     void detach() {
-        if (p.d->ref != 1) {
+        if (!isOnlyReference(p.d->ref)) {
             detachHelper();
         }
     }

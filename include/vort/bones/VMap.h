@@ -201,9 +201,9 @@ public:
     void swap(VMap &other) noexcept { std::swap(d, other.d); }
 
     // Sharing.
-    bool isDetached() const { return d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(d->ref); }
     void detach() {
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             detachHelper();
         }
     }

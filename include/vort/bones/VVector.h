@@ -165,9 +165,9 @@ public:
     std::vector<T> toStdVector() const { return std::vector<T>(begin(), end()); }
 
     // Sharing.
-    bool isDetached() const { return d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(d->ref); }
     void detach() {
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             reallocData(d->size, d->capacity);
         }
     }
@@ -204,7 +204,7 @@ public:
         if (n > d->capacity) {
             reallocData(d->size, n);
         }
-        if (d->ref == 1) {
+        if (isOnlyReference(d->ref)) {
             d->reserved = 1;
         }
     }
@@ -212,7 +212,7 @@ public:
         if (d->size < d->capacity) {
             reallocData(d->size, d->size);
         }
-        if (d->ref == 1 && d->reserved) {
+        if (isOnlyReference(d->ref) && d->reserved) {
             d->reserved = 0;
         }
     }
@@ -249,7 +249,7 @@ public:
 
     // Adding.
     void append(const T &t) {
-        if (d->ref == 1 && d->size < d->capacity) {
+        if (isOnlyReference(d->ref) && d->size < d->capacity) {
             new (array(d) + d->size) T(t);
             ++d->size;
             return;
@@ -269,7 +269,7 @@ public:
         }
         const VVector keep(other);  // `other` may be this vector
         const int n = keep.size();
-        if (d->ref != 1 || d->size + n > d->capacity) {
+        if (!isOnlyReference(d->ref) || d->size + n > d->capacity) {
             reallocData(d->size, d->size + n > d->capacity ? grow(d->size + n) : d->capacity);
         }
         const T *from = array(keep.d);
@@ -287,7 +287,7 @@ public:
             return;
         }
         const T copy(t);
-        if (d->ref != 1 || d->size + n > d->capacity) {
+        if (!isOnlyReference(d->ref) || d->size + n > d->capacity) {
             reallocData(d->size, d->size + n > d->capacity ? grow(d->size + n) : d->capacity);
         }
         T *b = array(d);
@@ -542,7 +542,7 @@ private:
     void reallocData(int size, int capacity) {
         VVectorData *const old = d;
         const int oldSize = old->size;
-        const bool shared = old->ref != 1;
+        const bool shared = !isOnlyReference(old->ref);
         const bool newCapacity = capacity != old->capacity || shared;
         // Whether the elements go to a new block as copies, rather than staying or moving
         // with their bytes.
