@@ -247,7 +247,9 @@ public:
     }
     VHash(VHash &&other) noexcept : VHash() { swap(other); }
     VHash(std::initializer_list<std::pair<Key, T>> items) : VHash() {
-        reserve(int(items.size()));
+        if (items.size() != 0) {
+            reserve(int(items.size()));
+        }
         for (const auto &item : items) {
             insert(item.first, item.second);
         }
