@@ -2,6 +2,7 @@
 #include <vort/bones/VHash.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 
 namespace VORT {
@@ -31,6 +32,26 @@ int floorLog2(int n) {
     }
     return b;
 }
+
+// `h % divisor` by one multiplication with a reciprocal made once per table size (Lemire's
+// "faster remainder by direct computation"): exact for 32-bit numerators and divisors, and a
+// rehash takes the remainder of every node's hash.
+class Remainder {
+public:
+    explicit Remainder(unsigned int divisor)
+        : m_divisor(divisor), m_reciprocal(~std::uint64_t(0) / divisor + 1) {}
+    unsigned int of(unsigned int h) const {
+        // The high 64 bits of the 96-bit product `low * divisor`.
+        const std::uint64_t low = m_reciprocal * h;
+        const std::uint64_t upper = (low >> 32) * m_divisor;
+        const std::uint64_t lower = (low & 0xFFFFFFFFu) * m_divisor;
+        return static_cast<unsigned int>((upper + (lower >> 32)) >> 32);
+    }
+
+private:
+    std::uint64_t m_divisor;
+    std::uint64_t m_reciprocal;
+};
 
 VHashData::Node *endOf(VHashData *d) {
     return reinterpret_cast<VHashData::Node *>(d);
@@ -145,6 +166,7 @@ void VHashData::rehash(int hint) {
     bits = short(b);
     bucketCount = countOf(b);
     buckets = newBuckets(this, bucketCount);
+    const Remainder bucketOf(static_cast<unsigned int>(bucketCount));
 
     for (int i = 0; i < oldCount; ++i) {
         Node *first = oldBuckets[i];
@@ -156,7 +178,7 @@ void VHashData::rehash(int hint) {
                 last = last->next;
             }
             Node *const afterRun = last->next;
-            Node **tail = &buckets[h % unsigned(bucketCount)];
+            Node **tail = &buckets[bucketOf.of(h)];
             while (*tail != e) {
                 tail = &(*tail)->next;
             }

@@ -83,6 +83,17 @@ TEST(AtomicCounter, PlainStoresReadsAndComparisons) {
     EXPECT_EQ(c.m_value, 12);
 }
 
+TEST(AtomicCounter, IsOnlyReferenceMeansACountOfOne) {
+    COUNTER(c, 1);
+    EXPECT_TRUE(VORT::isOnlyReference(c));
+    c.ref();
+    EXPECT_FALSE(VORT::isOnlyReference(c));
+    c.init(0);
+    EXPECT_FALSE(VORT::isOnlyReference(c));
+    c.init(-1);
+    EXPECT_FALSE(VORT::isOnlyReference(c));
+}
+
 TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     COUNTER(counter, 0);
     COUNTER(casCounter, 0);

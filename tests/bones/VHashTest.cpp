@@ -272,6 +272,19 @@ TEST(VHash, ChainsKeepEqualHashesTogetherAndCompareHashesFirst) {
     }
     EXPECT_EQ(ids, (std::vector<int>{1, 3, 2, 5, 4}));
     EXPECT_EQ(checkChains(hash.data()), 5);
+
+    // Hashes at the ends of the 32-bit range land in their buckets through every size.
+    VHash<Probe, int> extremes;
+    const unsigned int hashes[] = {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu};
+    int id = 0;
+    for (int round = 0; round < 40; ++round) {
+        for (unsigned int h : hashes) {
+            extremes.insert({id++, h - unsigned(round)}, 0);
+        }
+        ASSERT_EQ(checkChains(extremes.data()), extremes.size());
+    }
+    extremes.reserve(5000);
+    EXPECT_EQ(checkChains(extremes.data()), 240);
 }
 
 TEST(VHash, IteratesInBucketOrderBothWays) {

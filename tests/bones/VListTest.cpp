@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <numeric>
@@ -665,4 +666,40 @@ TEST(VListConcurrency, SharedBlocksSurviveCopiesWritesAndDropsOnManyThreads) {
     }
     EXPECT_EQ(scope.leaked(), 0);
     EXPECT_EQ(scope.badDestructions(), 0);
+}
+
+TEST(VListConcurrency, TheOwnerLeftAloneWritesInPlaceAfterTheOthersLetGo) {
+    for (int round = 0; round < 50; ++round) {
+        VList<std::string> list;
+        for (int i = 0; i < 100; ++i) {
+            list.append("item " + std::to_string(i));
+        }
+        const VListData::Data *block = list.data().d;
+        std::vector<std::thread> readers;
+        std::vector<size_t> lengths(3, 0);
+        for (size_t t = 0; t < lengths.size(); ++t) {
+            readers.emplace_back([copy = VList<std::string>(list), &length = lengths[t]]() mutable {
+                for (const std::string &s : static_cast<const VList<std::string> &>(copy)) {
+                    length += s.size();
+                }
+                copy = VList<std::string>();  // lets go of the block while the owner waits
+            });
+        }
+        // As soon as the count says the owner is alone, it writes without a copy; everything
+        // the readers did with the block must be over by then.
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!list.isDetached() && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::yield();
+        }
+        ASSERT_TRUE(list.isDetached());
+        list[0] = "written";
+        list[99].clear();
+        EXPECT_EQ(list.data().d, block);
+        for (std::thread &r : readers) {
+            r.join();
+        }
+        for (size_t length : lengths) {
+            EXPECT_EQ(length, 690u);
+        }
+    }
 }

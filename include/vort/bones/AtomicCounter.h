@@ -61,6 +61,13 @@ private:
     volatile int *word() const { return const_cast<volatile int *>(&m_value); }
 };
 
+// Whether `count` is 1, read with acquire ordering: what a container asks before it writes to
+// its block. The acquire pairs with the release of the other owners' `deref`, so whatever they
+// did with the block happens before the write of the one owner left.
+inline bool isOnlyReference(const AtomicCounter &count) {
+    return __atomic_load_n(&count.m_value, __ATOMIC_ACQUIRE) == 1;
+}
+
 }  // namespace VORT
 
 #endif  // VORT_BONES_ATOMICCOUNTER_H

@@ -247,7 +247,9 @@ public:
     }
     VHash(VHash &&other) noexcept : VHash() { swap(other); }
     VHash(std::initializer_list<std::pair<Key, T>> items) : VHash() {
-        reserve(int(items.size()));
+        if (items.size() != 0) {
+            reserve(int(items.size()));
+        }
         for (const auto &item : items) {
             insert(item.first, item.second);
         }
@@ -273,9 +275,9 @@ public:
     void swap(VHash &other) noexcept { std::swap(d, other.d); }
 
     // Sharing.
-    bool isDetached() const { return d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(d->ref); }
     void detach() {
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             detachHelper();
         }
     }
@@ -400,7 +402,7 @@ public:
         if (it.i == end_()) {
             return iterator(it.i);
         }
-        if (d->ref != 1) {
+        if (!isOnlyReference(d->ref)) {
             it = relocate(it);
         }
         iterator next(step(it.i));

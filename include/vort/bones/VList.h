@@ -103,9 +103,12 @@ template <typename T>
 class VList {
     static constexpr bool kInSlot = VListStoresInSlot<T>::value;
 
+    // An element kept in its slot is the slot's bytes; the library moves those with memmove,
+    // which carries the element along (a scalar has no identity beyond its bytes). No
+    // std::launder here: it would stop the compiler from vectorising loops over the list.
     static T &item(void **slot) {
         if constexpr (kInSlot) {
-            return *std::launder(reinterpret_cast<T *>(slot));
+            return *reinterpret_cast<T *>(slot);
         } else {
             return *static_cast<T *>(*slot);
         }
@@ -244,9 +247,9 @@ public:
     void swap(VList &other) noexcept { std::swap(p.d, other.p.d); }
 
     // Sharing.
-    bool isDetached() const { return p.d->ref == 1; }
+    bool isDetached() const { return isOnlyReference(p.d->ref); }
     void detach() {
-        if (p.d->ref != 1) {
+        if (!isOnlyReference(p.d->ref)) {
             detachHelper();
         }
     }
@@ -309,12 +312,10 @@ public:
     void append(const T &t) {
         if constexpr (kInSlot) {
             const T copy(t);  // `t` may live in this list's block
-            detach();
-            new (appendSlot()) T(copy);
+            appendWith([&copy](void **slot) { new (slot) T(copy); });
         } else {
             std::unique_ptr<T> node(new T(t));
-            detach();
-            *appendSlot() = node.release();
+            appendWith([&node](void **slot) { *slot = node.release(); });
         }
     }
     void append(T &&t) {
@@ -322,8 +323,7 @@ public:
             append(static_cast<const T &>(t));
         } else {
             std::unique_ptr<T> node(new T(std::move(t)));
-            detach();
-            *appendSlot() = node.release();
+            appendWith([&node](void **slot) { *slot = node.release(); });
         }
     }
     void append(const VList &other) {
@@ -339,10 +339,10 @@ public:
         copyInPlace(from, p.end());
     }
     void prepend(const T &t) {
-        storeAt(t, [this] { return p.prepend(); });
+        storeAt(t, [this] { return prependSlot(); });
     }
     void prepend(T &&t) {
-        storeAt(std::move(t), [this] { return p.prepend(); });
+        storeAt(std::move(t), [this] { return prependSlot(); });
     }
     // Inserts before index `i`; `i <= 0` prepends and `i >= size()` appends.
     void insert(int i, const T &t) {
@@ -547,13 +547,30 @@ public:
     const VListData &data() const { return p; }
 
 private:
-    // The room check is inline; `VListData::append` only runs when the block is full.
-    void **appendSlot() {
+    // Detaches if need be and stores the new element through `store`. The common case (an
+    // unshared block with room) is inline; `VListData::append` runs only when the block is
+    // full. `last` is read before the count and written after the element, so that a loop of
+    // appends can keep it in a register: the count's atomic read and the element's store
+    // would otherwise force it back to memory each time.
+    template <typename Store>
+    void appendWith(Store store) {
+        detach();
         VListData::Data *d = p.d;
-        if (d->last < d->capacity) {
-            return d->items() + d->last++;
+        const int last = d->last;
+        if (last < d->capacity) {
+            store(d->items() + last);
+            d->last = last + 1;
+            return;
         }
-        return p.append();
+        store(p.append());
+    }
+
+    void **prependSlot() {
+        VListData::Data *d = p.d;
+        if (d->first > 0) {
+            return d->items() + --d->first;
+        }
+        return p.prepend();
     }
 
     template <typename U, typename MakeSlot>
