@@ -15,7 +15,10 @@
 #include <vort/bones/StringID.h>
 #include <vort/bones/TWrappedObject.h>
 #include <vort/bones/VHash.h>
+#include <vort/bones/VLinkedList.h>
 #include <vort/bones/VList.h>
+#include <vort/bones/VMap.h>
+#include <vort/bones/VVector.h>
 #include <vort/command/ChangeLevel.h>
 #include <vort/command/Command.h>
 #include <vort/command/CommandTarget.h>
