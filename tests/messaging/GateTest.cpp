@@ -128,11 +128,12 @@ TEST(GateConcurrency, CloseKeepsPresentWaitersWaiting) {
     EXPECT_TRUE(waiter.passedWithin(10s));
 }
 
-TEST(GateConcurrency, EachSinglePassReleasesExactlyOneWaiter) {
+TEST(GateConcurrency, EachSinglePassReleasesExactlyOneBlockedWaiter) {
     constexpr int kThreads = 3;
     constexpr int kRounds = 100;
     Gate gate;
     std::atomic<int> passed{0};
+    std::atomic<int> finished{0};
     std::vector<std::thread> threads;
     // Whatever the outcome, let every thread out before joining it.
     struct ReleaseAndJoin {
@@ -149,13 +150,18 @@ TEST(GateConcurrency, EachSinglePassReleasesExactlyOneWaiter) {
         threads.emplace_back([&] {
             for (int i = 0; i < kRounds; ++i) {
                 gate.wait();
+                if (i == kRounds - 1) {
+                    finished.fetch_add(1);
+                }
                 passed.fetch_add(1);
             }
         });
     }
-    // Each pass goes either to a blocked waiter, which it wakes, or to the next arrival; it is
-    // never lost and never taken twice.
+    // `open(count)` counts the waiters before it locks, so a pass handed out while a thread is
+    // on its way into `wait` may be stored while that thread blocks. Each pass is therefore
+    // handed out only once every thread with rounds left is blocked: then it wakes exactly one.
     for (int i = 0; i < kThreads * kRounds; ++i) {
+        ASSERT_TRUE(blockedInGate(gate, kThreads - finished.load())) << "before pass " << i;
         gate.open(1);
         const auto deadline = std::chrono::steady_clock::now() + 10s;
         while (passed.load() <= i && std::chrono::steady_clock::now() < deadline) {
