@@ -53,5 +53,6 @@
 #include <vort/types/MD5Hash.h>
 #include <vort/types/MD5HashType.h>
 #include <vort/types/Type.h>
+#include <vort/types/TypeBase.h>
 
 #endif  // VORT_VORT_H

@@ -9,24 +9,6 @@ const char *const kFalse = "false";
 
 }  // namespace
 
-BoolType::~BoolType() {}
-
-TypeInfo BoolType::Create() {
-    return CreateTypeInfo(new BoolType);
-}
-
-bool BoolType::Is(Type *type) {
-    return dynamic_cast<BoolType *>(type) != nullptr;
-}
-
-bool BoolType::Is(TypeInfo const &info) {
-    return Is(GetBaseType(info));
-}
-
-BoolType *BoolType::GetType(TypeInfo const &info) {
-    return static_cast<BoolType *>(GetBaseType(info));
-}
-
 any BoolType::convertFromString(std::string const &text, ErrorHolder &error) const {
     // Exact words only: no trimming, no case folding, no digits.
     if (text == kTrue) {
@@ -35,9 +17,7 @@ any BoolType::convertFromString(std::string const &text, ErrorHolder &error) con
     if (text == kFalse) {
         return any(false);
     }
-    error.setError(SimpleErrorDescription(CodeLocation(".\\types\\BoolType", 40),
-                                          "Can't convert string '" + text + "' to bool"));
-    return any();
+    return cantConvert(text, "' to bool", CodeLocation(".\\types\\BoolType", 40), error);
 }
 
 std::string BoolType::convertToString(any const &value) const {
@@ -52,24 +32,6 @@ ByteArray BoolType::convertToByteArray(any const &value) const {
     return ByteArray(1u, static_cast<unsigned char>(any_cast<bool>(value) ? 1 : 0));
 }
 
-any BoolType::defaultConstruct() const {
-    return any(false);
-}
-
-bool BoolType::isValid(any const &value) const {
-    return !value.empty() && value.type() == typeid(bool);
-}
-
-bool BoolType::isEqualTo(Type *) const {
-    return true;
-}
-
-bool BoolType::isLessThan(Type *) const {
-    return false;
-}
-
-BoolType *BoolType::clone() const {
-    return new BoolType(*this);
-}
+template class TypeBase<BoolType, bool>;
 
 }  // namespace VORT

@@ -11,24 +11,6 @@ bool isStreamSpace(char c) {
 
 }  // namespace
 
-ByteArrayType::~ByteArrayType() {}
-
-TypeInfo ByteArrayType::Create() {
-    return CreateTypeInfo(new ByteArrayType);
-}
-
-bool ByteArrayType::Is(Type *type) {
-    return dynamic_cast<ByteArrayType *>(type) != nullptr;
-}
-
-bool ByteArrayType::Is(TypeInfo const &info) {
-    return Is(GetBaseType(info));
-}
-
-ByteArrayType *ByteArrayType::GetType(TypeInfo const &info) {
-    return static_cast<ByteArrayType *>(GetBaseType(info));
-}
-
 any ByteArrayType::convertFromString(std::string const &text, ErrorHolder &error) const {
     // One word, as a stream's string extraction would take it: leading whitespace skipped, the
     // word ends at the next whitespace, anything after it is ignored. The decoder's own message
@@ -48,9 +30,7 @@ any ByteArrayType::convertFromString(std::string const &text, ErrorHolder &error
             return any(bytes);
         }
     }
-    error.setError(SimpleErrorDescription(CodeLocation(".\\types\\ByteArrayType", 320),
-                                          "Can't convert string '" + text + "' to ByteArray"));
-    return any();
+    return cantConvert(text, "' to ByteArray", CodeLocation(".\\types\\ByteArrayType", 320), error);
 }
 
 std::string ByteArrayType::convertToString(any const &value) const {
@@ -72,24 +52,6 @@ ByteArray ByteArrayType::convertToByteArray(any const &value) const {
     return any_cast<ByteArray>(value);
 }
 
-any ByteArrayType::defaultConstruct() const {
-    return any(ByteArray());
-}
-
-bool ByteArrayType::isValid(any const &value) const {
-    return !value.empty() && value.type() == typeid(ByteArray);
-}
-
-bool ByteArrayType::isEqualTo(Type *) const {
-    return true;
-}
-
-bool ByteArrayType::isLessThan(Type *) const {
-    return false;
-}
-
-ByteArrayType *ByteArrayType::clone() const {
-    return new ByteArrayType(*this);
-}
+template class TypeBase<ByteArrayType, ByteArray>;
 
 }  // namespace VORT

@@ -8,40 +8,25 @@
 // string, does not read back. Byte form: the bytes themselves; reading them can't fail. The
 // default value is an empty array.
 //
+// `Create`, `Is` and the frame shared by the family come from `TypeBase` (see TypeBase.h).
 // Thread safety and failure: as for every `Type` (see Type.h).
 #ifndef VORT_TYPES_BYTEARRAYTYPE_H
 #define VORT_TYPES_BYTEARRAYTYPE_H
 
-#include <vort/types/Type.h>
+#include <vort/types/TypeBase.h>
 
 namespace VORT {
 
-class VORT_EXPORT ByteArrayType : public Type {
-public:
-    ByteArrayType() {}
-    ByteArrayType(ByteArrayType const &other) : Type(other) {}
-    ByteArrayType &operator=(ByteArrayType const &) { return *this; }
-    ~ByteArrayType() override;
-
-    static TypeInfo Create();
-    // Whether the type is a `ByteArrayType`; false for null and for an empty handle.
-    static bool Is(Type *type);
-    static bool Is(TypeInfo const &info);
-
+class VORT_EXPORT ByteArrayType : public TypeBase<ByteArrayType, ByteArray> {
 protected:
-    // Unchecked: the handle must hold a `ByteArrayType`.
-    static ByteArrayType *GetType(TypeInfo const &info);
-
     any convertFromString(std::string const &text, ErrorHolder &error) const override;
     std::string convertToString(any const &value) const override;
     any convertFromByteArray(ByteArray const &bytes, ErrorHolder &error) const override;
     ByteArray convertToByteArray(any const &value) const override;
-    any defaultConstruct() const override;
-    bool isValid(any const &value) const override;
-    bool isEqualTo(Type *other) const override;
-    bool isLessThan(Type *other) const override;
-    ByteArrayType *clone() const override;
+    ByteArrayType *clone() const override { return new ByteArrayType(*this); }
 };
+
+extern template class TypeBase<ByteArrayType, ByteArray>;
 
 }  // namespace VORT
 
