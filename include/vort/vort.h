@@ -18,6 +18,7 @@
 #include <vort/bones/VLinkedList.h>
 #include <vort/bones/VList.h>
 #include <vort/bones/VMap.h>
+#include <vort/bones/VSharedBlock.h>
 #include <vort/bones/VVector.h>
 #include <vort/command/ChangeLevel.h>
 #include <vort/command/Command.h>

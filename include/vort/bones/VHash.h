@@ -27,6 +27,7 @@
 
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/VList.h>
+#include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
 #include <cstdint>
@@ -144,13 +145,23 @@ struct VHashNode {
 };
 
 template <typename Key, typename T>
-class VHash {
+class VHash : public VSharedBlock<VHash<Key, T>, VHashData *> {
+    using Base = VSharedBlock<VHash<Key, T>, VHashData *>;
+    friend Base;
     using Node = VHashNode<Key, T>;
 
     static Node *concrete(VHashData::Node *node) { return reinterpret_cast<Node *>(node); }
     static VHashData::Node *abstract(Node *node) {
         return reinterpret_cast<VHashData::Node *>(node);
     }
+
+    struct Walk {
+        using Node = VHashNode<Key, T>;
+        static Node *next(Node *node) { return step(node); }
+        static Node *previous(Node *node) {
+            return concrete(VHashData::previousNode(abstract(node)));
+        }
+    };
 
 public:
     using key_type = Key;
@@ -161,92 +172,42 @@ public:
     using reference = T &;
     using const_reference = const T &;
 
-    class const_iterator;
-
     // Bidirectional, in bucket order. `*it` is the value, as with Qt's hashes.
-    class iterator {
+    class iterator : public VNodeIterator<iterator, Walk, T> {
+        using Shell = VNodeIterator<iterator, Walk, T>;
+
     public:
-        using iterator_category = std::bidirectional_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = T *;
-        using reference = T &;
+        using Shell::Shell;
 
-        iterator() = default;
-        explicit iterator(Node *node) : i(node) {}
-
-        const Key &key() const { return i->key; }
-        T &value() const { return i->value; }
-        T &operator*() const { return i->value; }
-        T *operator->() const { return &i->value; }
-
-        iterator &operator++() { return i = step(i), *this; }
-        iterator operator++(int) {
-            iterator old = *this;
-            i = step(i);
-            return old;
-        }
-        iterator &operator--() { return i = concrete(VHashData::previousNode(abstract(i))), *this; }
-        iterator operator--(int) {
-            iterator old = *this;
-            --*this;
-            return old;
-        }
-        friend bool operator==(iterator a, iterator b) { return a.i == b.i; }
-        friend bool operator!=(iterator a, iterator b) { return a.i != b.i; }
-
-        Node *i = nullptr;
+        const Key &key() const { return this->i->key; }
+        T &value() const { return this->i->value; }
+        T &operator*() const { return this->i->value; }
+        T *operator->() const { return &this->i->value; }
     };
 
-    class const_iterator {
+    class const_iterator : public VNodeIterator<const_iterator, Walk, const T> {
+        using Shell = VNodeIterator<const_iterator, Walk, const T>;
+
     public:
-        using iterator_category = std::bidirectional_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const T *;
-        using reference = const T &;
+        using Shell::Shell;
+        const_iterator(iterator it) : Shell(it.i) {}  // NOLINT: implicit like the standard's
 
-        const_iterator() = default;
-        explicit const_iterator(Node *node) : i(node) {}
-        const_iterator(iterator it) : i(it.i) {}  // NOLINT: implicit like the standard's
-
-        const Key &key() const { return i->key; }
-        const T &value() const { return i->value; }
-        const T &operator*() const { return i->value; }
-        const T *operator->() const { return &i->value; }
-
-        const_iterator &operator++() { return i = step(i), *this; }
-        const_iterator operator++(int) {
-            const_iterator old = *this;
-            i = step(i);
-            return old;
-        }
-        const_iterator &operator--() {
-            return i = concrete(VHashData::previousNode(abstract(i))), *this;
-        }
-        const_iterator operator--(int) {
-            const_iterator old = *this;
-            --*this;
-            return old;
-        }
-        friend bool operator==(const_iterator a, const_iterator b) { return a.i == b.i; }
-        friend bool operator!=(const_iterator a, const_iterator b) { return a.i != b.i; }
-
-        Node *i = nullptr;
+        const Key &key() const { return this->i->key; }
+        const T &value() const { return this->i->value; }
+        const T &operator*() const { return this->i->value; }
+        const T *operator->() const { return &this->i->value; }
     };
 
     using Iterator = iterator;
     using ConstIterator = const_iterator;
 
-    VHash() noexcept : d(&VHashData::shared_null) { d->ref.ref(); }
-    VHash(const VHash &other) : d(other.d) {
-        d->ref.ref();
-        if (!d->sharable) {
-            detachHelper();
-        }
-    }
-    VHash(VHash &&other) noexcept : VHash() { swap(other); }
-    VHash(std::initializer_list<std::pair<Key, T>> items) : VHash() {
+    using Base::count;
+    using Base::detach;
+    using Base::isEmpty;
+    using Base::size;
+
+    VHash() noexcept = default;
+    VHash(std::initializer_list<std::pair<Key, T>> items) {
         if (items.size() != 0) {
             reserve(int(items.size()));
         }
@@ -254,51 +215,8 @@ public:
             insert(item.first, item.second);
         }
     }
-    ~VHash() {
-        if (!d->ref.deref()) {
-            freeData(d);
-        }
-    }
-
-    VHash &operator=(const VHash &other) {
-        if (d != other.d) {
-            VHash copy(other);
-            swap(copy);
-        }
-        return *this;
-    }
-    // The moved-from hash is left with this hash's old contents.
-    VHash &operator=(VHash &&other) noexcept {
-        swap(other);
-        return *this;
-    }
-    void swap(VHash &other) noexcept { std::swap(d, other.d); }
-
-    // Sharing.
-    bool isDetached() const { return isOnlyReference(d->ref); }
-    void detach() {
-        if (!isOnlyReference(d->ref)) {
-            detachHelper();
-        }
-    }
-    bool isSharedWith(const VHash &other) const { return d == other.d; }
-    bool isSharable() const { return d->sharable; }
-    // An unsharable hash owns its block (it detaches now if need be) and is deep-copied by
-    // every copy.
-    void setSharable(bool sharable) {
-        if (!sharable) {
-            detach();
-            d->sharable = 0;
-        } else if (!d->sharable) {
-            d->sharable = 1;
-        }
-    }
 
     // Size.
-    int size() const { return d->size; }
-    int count() const { return d->size; }
-    bool isEmpty() const { return d->size == 0; }
-    bool empty() const { return d->size == 0; }
     int capacity() const { return d->bucketCount; }
     // Makes room for `n` keys without rehashing, and keeps at least that many buckets when
     // keys are removed later.
@@ -307,7 +225,6 @@ public:
         d->rehash(-(n > 1 ? n : 1));
     }
     void squeeze() { reserve(1); }
-    void clear() { *this = VHash(); }
 
     // Lookup.
     bool contains(const Key &key) const { return findNode(key) != end_(); }
@@ -599,7 +516,7 @@ private:
         x->destroyAndFree();
     }
 
-    VHashData *d;
+    using Base::d;
 };
 
 template <typename Key, typename T>

@@ -16,6 +16,7 @@
 #define VORT_BONES_VLINKEDLIST_H
 
 #include <vort/bones/AtomicCounter.h>
+#include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
 #include <cassert>
@@ -40,11 +41,19 @@ struct VORT_EXPORT VLinkedListData {
 };
 
 template <typename T>
-class VLinkedList {
+class VLinkedList : public VSharedBlock<VLinkedList<T>, VLinkedListData *> {
+    using Base = VSharedBlock<VLinkedList<T>, VLinkedListData *>;
+    friend Base;
+
     struct Node {
         Node *next;
         Node *previous;
         T t;
+    };
+    struct Walk {
+        using Node = typename VLinkedList::Node;
+        static Node *next(Node *n) { return n->next; }
+        static Node *previous(Node *n) { return n->previous; }
     };
 
 public:
@@ -56,69 +65,25 @@ public:
     using pointer = T *;
     using const_pointer = const T *;
 
-    class const_iterator;
+    class iterator : public VNodeIterator<iterator, Walk, T> {
+        using Shell = VNodeIterator<iterator, Walk, T>;
 
-    class iterator {
     public:
-        using iterator_category = std::bidirectional_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = T *;
-        using reference = T &;
+        using Shell::Shell;
 
-        iterator() = default;
-        explicit iterator(Node *node) : i(node) {}
-
-        T &operator*() const { return i->t; }
-        T *operator->() const { return &i->t; }
-        iterator &operator++() { return i = i->next, *this; }
-        iterator operator++(int) {
-            iterator old = *this;
-            i = i->next;
-            return old;
-        }
-        iterator &operator--() { return i = i->previous, *this; }
-        iterator operator--(int) {
-            iterator old = *this;
-            i = i->previous;
-            return old;
-        }
-        friend bool operator==(iterator a, iterator b) { return a.i == b.i; }
-        friend bool operator!=(iterator a, iterator b) { return a.i != b.i; }
-
-        Node *i = nullptr;
+        T &operator*() const { return this->i->t; }
+        T *operator->() const { return &this->i->t; }
     };
 
-    class const_iterator {
+    class const_iterator : public VNodeIterator<const_iterator, Walk, const T> {
+        using Shell = VNodeIterator<const_iterator, Walk, const T>;
+
     public:
-        using iterator_category = std::bidirectional_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const T *;
-        using reference = const T &;
+        using Shell::Shell;
+        const_iterator(iterator it) : Shell(it.i) {}  // NOLINT: implicit like the standard's
 
-        const_iterator() = default;
-        explicit const_iterator(Node *node) : i(node) {}
-        const_iterator(iterator it) : i(it.i) {}  // NOLINT: implicit like the standard's
-
-        const T &operator*() const { return i->t; }
-        const T *operator->() const { return &i->t; }
-        const_iterator &operator++() { return i = i->next, *this; }
-        const_iterator operator++(int) {
-            const_iterator old = *this;
-            i = i->next;
-            return old;
-        }
-        const_iterator &operator--() { return i = i->previous, *this; }
-        const_iterator operator--(int) {
-            const_iterator old = *this;
-            i = i->previous;
-            return old;
-        }
-        friend bool operator==(const_iterator a, const_iterator b) { return a.i == b.i; }
-        friend bool operator!=(const_iterator a, const_iterator b) { return a.i != b.i; }
-
-        Node *i = nullptr;
+        const T &operator*() const { return this->i->t; }
+        const T *operator->() const { return &this->i->t; }
     };
 
     using Iterator = iterator;
@@ -126,63 +91,17 @@ public:
     using reverse_iterator = std::reverse_iterator<iterator>;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
-    VLinkedList() noexcept : d(&VLinkedListData::shared_null) { d->ref.ref(); }
-    VLinkedList(const VLinkedList &other) : d(other.d) {
-        d->ref.ref();
-        if (!d->sharable) {
-            detachHelper();
-        }
-    }
-    VLinkedList(VLinkedList &&other) noexcept : VLinkedList() { swap(other); }
-    VLinkedList(std::initializer_list<T> items) : VLinkedList() {
+    using Base::count;
+    using Base::detach;
+    using Base::isEmpty;
+    using Base::size;
+
+    VLinkedList() noexcept = default;
+    VLinkedList(std::initializer_list<T> items) {
         for (const T &t : items) {
             append(t);
         }
     }
-    ~VLinkedList() {
-        if (!d->ref.deref()) {
-            freeData(d);
-        }
-    }
-
-    VLinkedList &operator=(const VLinkedList &other) {
-        if (d != other.d) {
-            VLinkedList copy(other);
-            swap(copy);
-        }
-        return *this;
-    }
-    // The moved-from list is left with this list's old contents.
-    VLinkedList &operator=(VLinkedList &&other) noexcept {
-        swap(other);
-        return *this;
-    }
-    void swap(VLinkedList &other) noexcept { std::swap(d, other.d); }
-
-    // Sharing.
-    bool isDetached() const { return isOnlyReference(d->ref); }
-    void detach() {
-        if (!isOnlyReference(d->ref)) {
-            detachHelper();
-        }
-    }
-    bool isSharedWith(const VLinkedList &other) const { return d == other.d; }
-    bool isSharable() const { return d->sharable; }
-    void setSharable(bool sharable) {
-        if (!sharable) {
-            detach();
-            d->sharable = 0;
-        } else if (!d->sharable) {
-            d->sharable = 1;
-        }
-    }
-
-    // Size.
-    int size() const { return d->size; }
-    int count() const { return d->size; }
-    bool isEmpty() const { return d->size == 0; }
-    bool empty() const { return d->size == 0; }
-    void clear() { *this = VLinkedList(); }
 
     // Access.
     T &first() {
@@ -455,7 +374,7 @@ private:
         delete x;
     }
 
-    VLinkedListData *d;
+    using Base::d;
 };
 
 template <typename T>

@@ -23,6 +23,7 @@
 #define VORT_BONES_VLIST_H
 
 #include <vort/bones/AtomicCounter.h>
+#include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
 #include <cassert>
@@ -99,8 +100,21 @@ struct VListStoresInSlot
     : std::integral_constant<bool, std::is_scalar<T>::value && sizeof(T) <= sizeof(void *) &&
                                        alignof(T) <= alignof(void *)> {};
 
+// `VList` keeps its block behind a `VListData`, whose operations work on the slots.
+template <>
+struct VSharedHandle<VListData> {
+    using Block = VListData::Data;
+
+    static VListData sharedNull() { return VListData{&VListData::shared_null}; }
+    static Block *block(const VListData &handle) { return handle.d; }
+    static int size(const VListData &handle) { return handle.size(); }
+};
+
 template <typename T>
-class VList {
+class VList : public VSharedBlock<VList<T>, VListData> {
+    using Base = VSharedBlock<VList<T>, VListData>;
+    friend Base;
+
     static constexpr bool kInSlot = VListStoresInSlot<T>::value;
 
     // An element kept in its slot is the slot's bytes; the library moves those with memmove,
@@ -201,19 +215,13 @@ public:
     using Iterator = iterator;
     using ConstIterator = const_iterator;
 
-    VList() noexcept {
-        p.d = &VListData::shared_null;
-        p.d->ref.ref();
-    }
-    VList(const VList &other) {
-        p.d = other.p.d;
-        p.d->ref.ref();
-        if (!p.d->sharable) {
-            detachHelper();
-        }
-    }
-    VList(VList &&other) noexcept : VList() { swap(other); }
-    VList(std::initializer_list<T> items) : VList() {
+    using Base::count;
+    using Base::detach;
+    using Base::isEmpty;
+    using Base::size;
+
+    VList() noexcept = default;
+    VList(std::initializer_list<T> items) {
         reserve(int(items.size()));
         for (const T &t : items) {
             append(t);
@@ -221,79 +229,35 @@ public:
     }
     template <typename InputIt,
               typename = typename std::iterator_traits<InputIt>::iterator_category>
-    VList(InputIt from, InputIt to) : VList() {
+    VList(InputIt from, InputIt to) {
         for (; from != to; ++from) {
             append(*from);
         }
     }
-    ~VList() {
-        if (!p.d->ref.deref()) {
-            freeData(p.d);
-        }
-    }
-
-    VList &operator=(const VList &other) {
-        if (p.d != other.p.d) {
-            VList copy(other);
-            swap(copy);
-        }
-        return *this;
-    }
-    // The moved-from list is left with this list's old contents.
-    VList &operator=(VList &&other) noexcept {
-        swap(other);
-        return *this;
-    }
-    void swap(VList &other) noexcept { std::swap(p.d, other.p.d); }
-
-    // Sharing.
-    bool isDetached() const { return isOnlyReference(p.d->ref); }
-    void detach() {
-        if (!isOnlyReference(p.d->ref)) {
-            detachHelper();
-        }
-    }
-    bool isSharedWith(const VList &other) const { return p.d == other.p.d; }
-    bool isSharable() const { return p.d->sharable; }
-    // An unsharable list owns its block (it detaches now if need be) and is deep-copied by
-    // every copy, so references and iterators into it survive copies.
-    void setSharable(bool sharable) {
-        if (!sharable) {
-            detach();
-            p.d->sharable = 0;
-        } else if (!p.d->sharable) {
-            p.d->sharable = 1;
-        }
-    }
 
     // Size.
-    int size() const { return p.size(); }
-    int count() const { return p.size(); }
-    int length() const { return p.size(); }
-    bool isEmpty() const { return p.isEmpty(); }
-    bool empty() const { return p.isEmpty(); }
-    int capacity() const { return p.d->capacity; }
+    int length() const { return d.size(); }
+    int capacity() const { return block()->capacity; }
     // Makes room for `n` slots in all, keeping the list's place in the block.
     void reserve(int n) {
-        if (p.d->capacity < n) {
+        if (block()->capacity < n) {
             detach();
-            if (p.d->capacity < n) {
-                p.realloc(n);
+            if (block()->capacity < n) {
+                d.realloc(n);
             }
         }
     }
-    void clear() { *this = VList(); }
 
     // Access.
     const T &at(int i) const {
         assert(i >= 0 && i < size());
-        return item(p.at(i));
+        return item(d.at(i));
     }
     const T &operator[](int i) const { return at(i); }
     T &operator[](int i) {
         assert(i >= 0 && i < size());
         detach();
-        return item(p.at(i));
+        return item(d.at(i));
     }
     T value(int i) const { return i >= 0 && i < size() ? at(i) : T(); }
     T value(int i, const T &fallback) const { return i >= 0 && i < size() ? at(i) : fallback; }
@@ -330,13 +294,13 @@ public:
         if (other.isEmpty()) {
             return;
         }
-        if (isEmpty() && other.p.d->sharable) {
+        if (isEmpty() && other.isSharable()) {
             *this = other;
             return;
         }
         detach();
-        void **from = p.append(other.p);
-        copyInPlace(from, p.end());
+        void **from = d.append(other.d);
+        copyInPlace(from, d.end());
     }
     void prepend(const T &t) {
         storeAt(t, [this] { return prependSlot(); });
@@ -346,15 +310,15 @@ public:
     }
     // Inserts before index `i`; `i <= 0` prepends and `i >= size()` appends.
     void insert(int i, const T &t) {
-        storeAt(t, [this, i] { return p.insert(i); });
+        storeAt(t, [this, i] { return d.insert(i); });
     }
     void insert(int i, T &&t) {
-        storeAt(std::move(t), [this, i] { return p.insert(i); });
+        storeAt(std::move(t), [this, i] { return d.insert(i); });
     }
     iterator insert(iterator before, const T &t) {
         const int i = slotIndex(before);
         insert(i, t);
-        return iterator(p.at(i));
+        return iterator(d.at(i));
     }
     void replace(int i, const T &t) { (*this)[i] = t; }
     void push_back(const T &t) { append(t); }
@@ -375,9 +339,9 @@ public:
     void removeAt(int i) {
         assert(i >= 0 && i < size());
         detach();
-        void **slot = p.at(i);
+        void **slot = d.at(i);
         void *old = *slot;
-        p.remove(i);
+        d.remove(i);
         destroySlotValue(old);
     }
     void removeFirst() { removeAt(0); }
@@ -401,15 +365,15 @@ public:
         detach();
         int kept = from;
         for (int i = from; i < size(); ++i) {
-            void **slot = p.at(i);
+            void **slot = d.at(i);
             if (item(slot) == copy) {
                 destroySlotValue(*slot);
             } else {
-                *p.at(kept++) = *slot;
+                *d.at(kept++) = *slot;
             }
         }
         const int removed = size() - kept;
-        p.d->last -= removed;
+        block()->last -= removed;
         return removed;
     }
     bool removeOne(const T &t) {
@@ -423,7 +387,7 @@ public:
     iterator erase(iterator pos) {
         const int i = slotIndex(pos);
         removeAt(i);
-        return iterator(p.at(i));
+        return iterator(d.at(i));
     }
     iterator erase(iterator from, iterator to) {
         const int i = slotIndex(from);
@@ -431,23 +395,23 @@ public:
         if (n > 0) {
             detach();
             for (int k = 0; k < n; ++k) {
-                destroySlotValue(*p.at(i + k));
+                destroySlotValue(*d.at(i + k));
             }
-            p.remove(i, n);
+            d.remove(i, n);
         }
-        return iterator(p.at(i));
+        return iterator(d.at(i));
     }
 
     // Reordering.
     void move(int from, int to) {
         assert(from >= 0 && from < size() && to >= 0 && to < size());
         detach();
-        p.move(from, to);
+        d.move(from, to);
     }
     void swapItemsAt(int i, int j) {
         assert(i >= 0 && i < size() && j >= 0 && j < size());
         detach();
-        std::swap(*p.at(i), *p.at(j));
+        std::swap(*d.at(i), *d.at(j));
     }
 
     // Searching.
@@ -456,7 +420,7 @@ public:
             from = from + size() < 0 ? 0 : from + size();
         }
         for (int i = from; i < size(); ++i) {
-            if (item(p.at(i)) == t) {
+            if (item(d.at(i)) == t) {
                 return i;
             }
         }
@@ -469,7 +433,7 @@ public:
             from = size() - 1;
         }
         for (int i = from; i >= 0; --i) {
-            if (item(p.at(i)) == t) {
+            if (item(d.at(i)) == t) {
                 return i;
             }
         }
@@ -478,7 +442,7 @@ public:
     bool contains(const T &t) const { return indexOf(t) >= 0; }
     int count(const T &t) const {
         int n = 0;
-        for (void **s = p.begin(); s != p.end(); ++s) {
+        for (void **s = d.begin(); s != d.end(); ++s) {
             n += item(s) == t;
         }
         return n;
@@ -503,13 +467,13 @@ public:
     }
 
     bool operator==(const VList &other) const {
-        if (p.d == other.p.d) {
+        if (block() == other.block()) {
             return true;
         }
         if (size() != other.size()) {
             return false;
         }
-        for (void **a = p.begin(), **b = other.p.begin(); a != p.end(); ++a, ++b) {
+        for (void **a = d.begin(), **b = other.d.begin(); a != d.end(); ++a, ++b) {
             if (!(item(a) == item(b))) {
                 return false;
             }
@@ -522,18 +486,18 @@ public:
     // container.
     iterator begin() {
         detach();
-        return iterator(p.begin());
+        return iterator(d.begin());
     }
     iterator end() {
         detach();
-        return iterator(p.end());
+        return iterator(d.end());
     }
-    const_iterator begin() const { return const_iterator(p.begin()); }
-    const_iterator end() const { return const_iterator(p.end()); }
-    const_iterator cbegin() const { return const_iterator(p.begin()); }
-    const_iterator cend() const { return const_iterator(p.end()); }
-    const_iterator constBegin() const { return const_iterator(p.begin()); }
-    const_iterator constEnd() const { return const_iterator(p.end()); }
+    const_iterator begin() const { return const_iterator(d.begin()); }
+    const_iterator end() const { return const_iterator(d.end()); }
+    const_iterator cbegin() const { return const_iterator(d.begin()); }
+    const_iterator cend() const { return const_iterator(d.end()); }
+    const_iterator constBegin() const { return const_iterator(d.begin()); }
+    const_iterator constEnd() const { return const_iterator(d.end()); }
     using reverse_iterator = std::reverse_iterator<iterator>;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
     reverse_iterator rbegin() { return reverse_iterator(end()); }
@@ -544,7 +508,7 @@ public:
     const_reverse_iterator crend() const { return const_reverse_iterator(begin()); }
 
     // The type-independent half, for code that inspects the block.
-    const VListData &data() const { return p; }
+    const VListData &data() const { return d; }
 
 private:
     // Detaches if need be and stores the new element through `store`. The common case (an
@@ -555,22 +519,22 @@ private:
     template <typename Store>
     void appendWith(Store store) {
         detach();
-        VListData::Data *d = p.d;
-        const int last = d->last;
-        if (last < d->capacity) {
-            store(d->items() + last);
-            d->last = last + 1;
+        VListData::Data *const b = block();
+        const int last = b->last;
+        if (last < b->capacity) {
+            store(b->items() + last);
+            b->last = last + 1;
             return;
         }
-        store(p.append());
+        store(d.append());
     }
 
     void **prependSlot() {
-        VListData::Data *d = p.d;
-        if (d->first > 0) {
-            return d->items() + --d->first;
+        VListData::Data *const b = block();
+        if (b->first > 0) {
+            return b->items() + --b->first;
         }
-        return p.prepend();
+        return d.prepend();
     }
 
     template <typename U, typename MakeSlot>
@@ -586,7 +550,7 @@ private:
         }
     }
 
-    int slotIndex(const_iterator it) const { return int(it.i - p.begin()); }
+    int slotIndex(const_iterator it) const { return int(it.i - d.begin()); }
 
     static void destroySlotValue(void *slot) {
         if constexpr (!kInSlot) {
@@ -610,7 +574,7 @@ private:
                 for (void **made = from; made != s; ++made) {
                     delete static_cast<T *>(*made);
                 }
-                p.d->last -= int(to - from);
+                block()->last -= int(to - from);
                 throw;
             }
         } else {
@@ -620,20 +584,20 @@ private:
     }
 
     void detachHelper() {
-        VListData::Data *old = p.detach2();
+        VListData::Data *old = d.detach2();
         if constexpr (!kInSlot) {
-            void **from = p.begin();
+            void **from = d.begin();
             void **s = from;
             try {
-                for (; s != p.end(); ++s) {
+                for (; s != d.end(); ++s) {
                     *s = new T(*static_cast<T *>(*s));
                 }
             } catch (...) {
                 for (void **made = from; made != s; ++made) {
                     delete static_cast<T *>(*made);
                 }
-                std::free(p.d);
-                p.d = old;
+                std::free(d.d);
+                d.d = old;
                 throw;
             }
         }
@@ -642,17 +606,18 @@ private:
         }
     }
 
-    static void freeData(VListData::Data *d) {
+    static void freeData(VListData::Data *x) {
         if constexpr (!kInSlot) {
-            void **from = d->items() + d->first;
-            for (void **s = d->items() + d->last; s != from;) {
+            void **from = x->items() + x->first;
+            for (void **s = x->items() + x->last; s != from;) {
                 delete static_cast<T *>(*--s);
             }
         }
-        std::free(d);
+        std::free(x);
     }
 
-    VListData p;
+    using Base::block;
+    using Base::d;
 };
 
 template <typename T>

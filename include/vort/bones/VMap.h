@@ -20,6 +20,7 @@
 
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/VList.h>
+#include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
 #include <cstddef>
@@ -66,7 +67,9 @@ struct VORT_EXPORT VMapData {
 };
 
 template <typename Key, typename T>
-class VMap {
+class VMap : public VSharedBlock<VMap<Key, T>, VMapData *> {
+    using Base = VSharedBlock<VMap<Key, T>, VMapData *>;
+    friend Base;
     using Node = VMapData::Node;
 
     struct Payload {
@@ -83,6 +86,12 @@ class VMap {
         return reinterpret_cast<Payload *>(reinterpret_cast<char *>(node) - kOffset);
     }
 
+    struct Walk {
+        using Node = VMapData::Node;
+        static Node *next(Node *node) { return node->next[0]; }
+        static Node *previous(Node *node) { return node->previous; }
+    };
+
 public:
     using key_type = Key;
     using mapped_type = T;
@@ -92,138 +101,46 @@ public:
     using reference = T &;
     using const_reference = const T &;
 
-    class const_iterator;
-
     // Bidirectional, in key order. `*it` is the value, as with Qt's maps.
-    class iterator {
+    class iterator : public VNodeIterator<iterator, Walk, T> {
+        using Shell = VNodeIterator<iterator, Walk, T>;
+
     public:
-        using iterator_category = std::bidirectional_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = T *;
-        using reference = T &;
+        using Shell::Shell;
 
-        iterator() = default;
-        explicit iterator(Node *node) : i(node) {}
-
-        const Key &key() const { return payload(i)->key; }
-        T &value() const { return payload(i)->value; }
-        T &operator*() const { return payload(i)->value; }
-        T *operator->() const { return &payload(i)->value; }
-
-        iterator &operator++() { return i = i->next[0], *this; }
-        iterator operator++(int) {
-            iterator old = *this;
-            i = i->next[0];
-            return old;
-        }
-        iterator &operator--() { return i = i->previous, *this; }
-        iterator operator--(int) {
-            iterator old = *this;
-            i = i->previous;
-            return old;
-        }
-        friend bool operator==(iterator a, iterator b) { return a.i == b.i; }
-        friend bool operator!=(iterator a, iterator b) { return a.i != b.i; }
-
-        Node *i = nullptr;
+        const Key &key() const { return payload(this->i)->key; }
+        T &value() const { return payload(this->i)->value; }
+        T &operator*() const { return payload(this->i)->value; }
+        T *operator->() const { return &payload(this->i)->value; }
     };
 
-    class const_iterator {
+    class const_iterator : public VNodeIterator<const_iterator, Walk, const T> {
+        using Shell = VNodeIterator<const_iterator, Walk, const T>;
+
     public:
-        using iterator_category = std::bidirectional_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const T *;
-        using reference = const T &;
+        using Shell::Shell;
+        const_iterator(iterator it) : Shell(it.i) {}  // NOLINT: implicit like the standard's
 
-        const_iterator() = default;
-        explicit const_iterator(Node *node) : i(node) {}
-        const_iterator(iterator it) : i(it.i) {}  // NOLINT: implicit like the standard's
-
-        const Key &key() const { return payload(i)->key; }
-        const T &value() const { return payload(i)->value; }
-        const T &operator*() const { return payload(i)->value; }
-        const T *operator->() const { return &payload(i)->value; }
-
-        const_iterator &operator++() { return i = i->next[0], *this; }
-        const_iterator operator++(int) {
-            const_iterator old = *this;
-            i = i->next[0];
-            return old;
-        }
-        const_iterator &operator--() { return i = i->previous, *this; }
-        const_iterator operator--(int) {
-            const_iterator old = *this;
-            i = i->previous;
-            return old;
-        }
-        friend bool operator==(const_iterator a, const_iterator b) { return a.i == b.i; }
-        friend bool operator!=(const_iterator a, const_iterator b) { return a.i != b.i; }
-
-        Node *i = nullptr;
+        const Key &key() const { return payload(this->i)->key; }
+        const T &value() const { return payload(this->i)->value; }
+        const T &operator*() const { return payload(this->i)->value; }
+        const T *operator->() const { return &payload(this->i)->value; }
     };
 
     using Iterator = iterator;
     using ConstIterator = const_iterator;
 
-    VMap() noexcept : d(&VMapData::shared_null) { d->ref.ref(); }
-    VMap(const VMap &other) : d(other.d) {
-        d->ref.ref();
-        if (!d->sharable) {
-            detachHelper();
-        }
-    }
-    VMap(VMap &&other) noexcept : VMap() { swap(other); }
-    VMap(std::initializer_list<std::pair<Key, T>> items) : VMap() {
+    using Base::count;
+    using Base::detach;
+    using Base::isEmpty;
+    using Base::size;
+
+    VMap() noexcept = default;
+    VMap(std::initializer_list<std::pair<Key, T>> items) {
         for (const auto &item : items) {
             insert(item.first, item.second);
         }
     }
-    ~VMap() {
-        if (!d->ref.deref()) {
-            freeData(d);
-        }
-    }
-
-    VMap &operator=(const VMap &other) {
-        if (d != other.d) {
-            VMap copy(other);
-            swap(copy);
-        }
-        return *this;
-    }
-    // The moved-from map is left with this map's old contents.
-    VMap &operator=(VMap &&other) noexcept {
-        swap(other);
-        return *this;
-    }
-    void swap(VMap &other) noexcept { std::swap(d, other.d); }
-
-    // Sharing.
-    bool isDetached() const { return isOnlyReference(d->ref); }
-    void detach() {
-        if (!isOnlyReference(d->ref)) {
-            detachHelper();
-        }
-    }
-    bool isSharedWith(const VMap &other) const { return d == other.d; }
-    bool isSharable() const { return d->sharable; }
-    void setSharable(bool sharable) {
-        if (!sharable) {
-            detach();
-            d->sharable = 0;
-        } else if (!d->sharable) {
-            d->sharable = 1;
-        }
-    }
-
-    // Size.
-    int size() const { return d->size; }
-    int count() const { return d->size; }
-    bool isEmpty() const { return d->size == 0; }
-    bool empty() const { return d->size == 0; }
-    void clear() { *this = VMap(); }
 
     // Lookup.
     bool contains(const Key &key) const { return findNode(key) != end_(); }
@@ -513,7 +430,7 @@ private:
         x->continueFreeData(kOffset);
     }
 
-    VMapData *d;
+    using Base::d;
 };
 
 template <typename Key, typename T>

@@ -26,6 +26,7 @@
 #define VORT_BONES_VVECTOR_H
 
 #include <vort/bones/AtomicCounter.h>
+#include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
 #include <algorithm>
@@ -71,7 +72,10 @@ struct VORT_EXPORT VVectorData {
 };
 
 template <typename T>
-class VVector {
+class VVector : public VSharedBlock<VVector<T>, VVectorData *> {
+    using Base = VSharedBlock<VVector<T>, VVectorData *>;
+    friend Base;
+
     static_assert(alignof(T) <= alignof(std::max_align_t), "over-aligned vector elements");
 
     static constexpr bool kMovable = VTypeInfo<T>::isMovable;
@@ -106,52 +110,31 @@ public:
     using reverse_iterator = std::reverse_iterator<iterator>;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
-    VVector() noexcept : d(&VVectorData::shared_null) { d->ref.ref(); }
+    using Base::count;
+    using Base::detach;
+    using Base::isEmpty;
+    using Base::size;
+
+    VVector() noexcept = default;
     // `size` value-initialised elements, and no spare capacity.
-    explicit VVector(int size) : VVector() {
+    explicit VVector(int size) {
         if (size > 0) {
             reallocData(size, size);
         }
     }
-    VVector(int size, const T &t) : VVector() {
+    VVector(int size, const T &t) {
         if (size > 0) {
             reallocData(0, size);
             fillEnd(size, t);
         }
     }
-    VVector(const VVector &other) : d(other.d) {
-        d->ref.ref();
-        if (!d->sharable) {
-            reallocData(d->size, d->capacity);
-        }
-    }
-    VVector(VVector &&other) noexcept : VVector() { swap(other); }
-    VVector(std::initializer_list<T> items) : VVector() {
+    VVector(std::initializer_list<T> items) {
         reserveExactly(int(items.size()));
         for (const T &t : items) {
             new (array(d) + d->size) T(t);
             ++d->size;
         }
     }
-    ~VVector() {
-        if (!d->ref.deref()) {
-            freeData(d);
-        }
-    }
-
-    VVector &operator=(const VVector &other) {
-        if (d != other.d) {
-            VVector copy(other);
-            swap(copy);
-        }
-        return *this;
-    }
-    // The moved-from vector is left with this vector's old contents.
-    VVector &operator=(VVector &&other) noexcept {
-        swap(other);
-        return *this;
-    }
-    void swap(VVector &other) noexcept { std::swap(d, other.d); }
 
     static VVector fromStdVector(const std::vector<T> &items) {
         VVector v;
@@ -164,30 +147,8 @@ public:
     }
     std::vector<T> toStdVector() const { return std::vector<T>(begin(), end()); }
 
-    // Sharing.
-    bool isDetached() const { return isOnlyReference(d->ref); }
-    void detach() {
-        if (!isOnlyReference(d->ref)) {
-            reallocData(d->size, d->capacity);
-        }
-    }
-    bool isSharedWith(const VVector &other) const { return d == other.d; }
-    bool isSharable() const { return d->sharable; }
-    void setSharable(bool sharable) {
-        if (!sharable) {
-            detach();
-            d->sharable = 0;
-        } else if (!d->sharable) {
-            d->sharable = 1;
-        }
-    }
-
     // Size and capacity.
-    int size() const { return d->size; }
-    int count() const { return d->size; }
     int length() const { return d->size; }
-    bool isEmpty() const { return d->size == 0; }
-    bool empty() const { return d->size == 0; }
     int capacity() const { return d->capacity; }
     // New elements are value-initialised. Shrinking below half the capacity gives memory back
     // unless space was reserved.
@@ -216,7 +177,6 @@ public:
             d->reserved = 0;
         }
     }
-    void clear() { *this = VVector(); }
 
     // Access.
     T *data() {
@@ -600,7 +560,10 @@ private:
         }
     }
 
-    VVectorData *d;
+    // A copy of a shared or unsharable block keeps its capacity.
+    void detachHelper() { reallocData(d->size, d->capacity); }
+
+    using Base::d;
 };
 
 template <typename T>
