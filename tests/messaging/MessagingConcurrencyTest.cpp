@@ -31,16 +31,17 @@ TEST(MessagingConcurrency, BlockingSendReturnsWhenAnotherThreadHasProcessed) {
     Recorder listener;
     emitter.connect(&listener, &Recorder::onInt, server.record());
 
-    // The server gets to its queue only after 250 milliseconds.
+    // The server gets to its queue only after 250 milliseconds. The clock starts first, so that
+    // a slow start of the send cannot make the wait look shorter than the delay.
+    const auto start = Clock::now();
     server.run([&server] {
         std::this_thread::sleep_for(std::chrono::milliseconds(250));
         server.record()->process();
     });
-    const auto start = Clock::now();
     emitter.send(1);
     const auto elapsed = Clock::now() - start;
     EXPECT_EQ(listener.count(), 1);
-    EXPECT_GE(elapsed, std::chrono::milliseconds(240));
+    EXPECT_GE(elapsed, std::chrono::milliseconds(250));
     // Within the next 100 millisecond slice, with room for a loaded machine.
     EXPECT_LT(elapsed, std::chrono::milliseconds(250 + 100 + 1500));
 }
