@@ -14,6 +14,7 @@
 #include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/StringID.h>
 #include <vort/bones/TWrappedObject.h>
+#include <vort/bones/VAssociative.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VLinkedList.h>
 #include <vort/bones/VList.h>

@@ -26,7 +26,7 @@
 #define VORT_BONES_VHASH_H
 
 #include <vort/bones/AtomicCounter.h>
-#include <vort/bones/VList.h>
+#include <vort/bones/VAssociative.h>
 #include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
@@ -145,8 +145,10 @@ struct VHashNode {
 };
 
 template <typename Key, typename T>
-class VHash : public VSharedBlock<VHash<Key, T>, VHashData *> {
+class VHash : public VSharedBlock<VHash<Key, T>, VHashData *>,
+              public VAssociative<VHash<Key, T>, Key, T> {
     using Base = VSharedBlock<VHash<Key, T>, VHashData *>;
+    using Assoc = VAssociative<VHash<Key, T>, Key, T>;
     friend Base;
     using Node = VHashNode<Key, T>;
 
@@ -201,6 +203,8 @@ public:
     using Iterator = iterator;
     using ConstIterator = const_iterator;
 
+    using Assoc::count;
+    using Assoc::operator[];
     using Base::count;
     using Base::detach;
     using Base::isEmpty;
@@ -226,27 +230,7 @@ public:
     }
     void squeeze() { reserve(1); }
 
-    // Lookup.
-    bool contains(const Key &key) const { return findNode(key) != end_(); }
-    int count(const Key &key) const { return contains(key) ? 1 : 0; }
-    T value(const Key &key) const {
-        Node *n = findNode(key);
-        return n != end_() ? n->value : T();
-    }
-    T value(const Key &key, const T &fallback) const {
-        Node *n = findNode(key);
-        return n != end_() ? n->value : fallback;
-    }
-    // The first key that maps to `value`, or `fallback`.
-    Key key(const T &value, const Key &fallback = Key()) const {
-        for (const_iterator it = begin(); it != end(); ++it) {
-            if (it.value() == value) {
-                return it.key();
-            }
-        }
-        return fallback;
-    }
-    T operator[](const Key &key) const { return value(key); }
+    // Lookup: contains, count, value, key, keys and values come from VAssociative.
     // The value of `key`, inserted default-constructed when missing.
     T &operator[](const Key &key) {
         detach();
@@ -329,23 +313,6 @@ public:
         }
         unlink(place);
         return next;
-    }
-
-    VList<Key> keys() const {
-        VList<Key> result;
-        result.reserve(size());
-        for (const_iterator it = begin(); it != end(); ++it) {
-            result.append(it.key());
-        }
-        return result;
-    }
-    VList<T> values() const {
-        VList<T> result;
-        result.reserve(size());
-        for (const_iterator it = begin(); it != end(); ++it) {
-            result.append(it.value());
-        }
-        return result;
     }
 
     bool operator==(const VHash &other) const {

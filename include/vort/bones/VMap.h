@@ -19,7 +19,7 @@
 #define VORT_BONES_VMAP_H
 
 #include <vort/bones/AtomicCounter.h>
-#include <vort/bones/VList.h>
+#include <vort/bones/VAssociative.h>
 #include <vort/bones/VSharedBlock.h>
 #include <vort/vort_export.h>
 
@@ -67,8 +67,10 @@ struct VORT_EXPORT VMapData {
 };
 
 template <typename Key, typename T>
-class VMap : public VSharedBlock<VMap<Key, T>, VMapData *> {
+class VMap : public VSharedBlock<VMap<Key, T>, VMapData *>,
+             public VAssociative<VMap<Key, T>, Key, T> {
     using Base = VSharedBlock<VMap<Key, T>, VMapData *>;
+    using Assoc = VAssociative<VMap<Key, T>, Key, T>;
     friend Base;
     using Node = VMapData::Node;
 
@@ -130,6 +132,8 @@ public:
     using Iterator = iterator;
     using ConstIterator = const_iterator;
 
+    using Assoc::count;
+    using Assoc::operator[];
     using Base::count;
     using Base::detach;
     using Base::isEmpty;
@@ -142,27 +146,7 @@ public:
         }
     }
 
-    // Lookup.
-    bool contains(const Key &key) const { return findNode(key) != end_(); }
-    int count(const Key &key) const { return contains(key) ? 1 : 0; }
-    T value(const Key &key) const {
-        Node *n = findNode(key);
-        return n != end_() ? payload(n)->value : T();
-    }
-    T value(const Key &key, const T &fallback) const {
-        Node *n = findNode(key);
-        return n != end_() ? payload(n)->value : fallback;
-    }
-    // The first key, in order, that maps to `value`, or `fallback`.
-    Key key(const T &value, const Key &fallback = Key()) const {
-        for (const_iterator it = begin(); it != end(); ++it) {
-            if (it.value() == value) {
-                return it.key();
-            }
-        }
-        return fallback;
-    }
-    T operator[](const Key &key) const { return value(key); }
+    // Lookup: contains, count, value, key, keys and values come from VAssociative.
     // The value of `key`, inserted default-constructed when missing.
     T &operator[](const Key &key) {
         detach();
@@ -250,23 +234,6 @@ public:
         Node *next = n->next[0];
         deleteNode(update, n);
         return iterator(next);
-    }
-
-    VList<Key> keys() const {
-        VList<Key> result;
-        result.reserve(size());
-        for (const_iterator it = begin(); it != end(); ++it) {
-            result.append(it.key());
-        }
-        return result;
-    }
-    VList<T> values() const {
-        VList<T> result;
-        result.reserve(size());
-        for (const_iterator it = begin(); it != end(); ++it) {
-            result.append(it.value());
-        }
-        return result;
     }
 
     bool operator==(const VMap &other) const {
