@@ -3,6 +3,7 @@
 // and the writers' refusal of other classes. The fuzz corpus, replayed with the tests, holds many
 // more texts, each checked against what a default text stream reads.
 #include "TypeTesting.h"
+#include "support/Latch.h"
 #include <vort/types/BoolType.h>
 #include <vort/types/ByteArrayType.h>
 #include <vort/types/ColorType.h>
@@ -19,6 +20,7 @@
 
 #include <climits>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace VORT;
@@ -222,4 +224,33 @@ TEST(TypeForms, ByteArrayTextCarriesTheNulOfItsBase64String) {
         EXPECT_EQ(read.value.empty(), bytes.empty()) << bytes;
         EXPECT_TRUE(bytes.empty() || read.value == any(value)) << bytes;
     }
+}
+
+TEST(TypeFormsConcurrency, OneSharedTypeConvertsOnManyThreads) {
+    const TypeInfo types[] = {DoubleType::Create(), DRectType::Create(), PathType::Create()};
+    const std::string texts[] = {"-1.25e-07", "1,2.5,-3,4e+10", "1,2;3,4;"};
+    constexpr int kThreads = 4;
+    vort_test::Latch start(kThreads);
+    std::vector<int> agreed(kThreads, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            start.countDown();
+            if (!start.wait()) {
+                return;
+            }
+            for (int round = 0; round < 300; ++round) {
+                TypeInfo const &type = types[round % 3];
+                ErrorHolder error;
+                const any value = type.convertFromString(texts[round % 3], error);
+                const ByteArray bytes = type.convertToByteArray(value);
+                agreed[t] += type.convertToString(type.convertFromByteArray(bytes, error)) ==
+                             texts[round % 3];
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(agreed, std::vector<int>(kThreads, 300));
 }
