@@ -86,8 +86,11 @@ protected:
         }
     }
     VSharedBlock(VSharedBlock &&other) noexcept : VSharedBlock() { std::swap(d, other.d); }
+    // The shared null keeps the reference it was born with, so its count never reaches 0. The
+    // test of its address, made only on the way to a free, says so to the compiler too, which
+    // otherwise sees a path that frees a static block and rejects it under -Werror.
     ~VSharedBlock() {
-        if (!block()->ref.deref()) {
+        if (!block()->ref.deref() && block() != Access::block(Access::sharedNull())) {
             Derived::freeData(block());
         }
     }
