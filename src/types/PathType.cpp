@@ -48,6 +48,7 @@ any PathType::convertFromByteArray(ByteArray const &bytes, ErrorHolder &) const 
     // Whole points only: a tail shorter than a point is ignored.
     const unsigned int count = bytes.size() / 16;
     VVector<VTPoint<double>> points;
+    points.reserve(static_cast<int>(count));
     for (unsigned int index = 0; index < count; ++index) {
         VTPoint<double> point;
         ByteForm::load(bytes.data() + 16 * index, point.x);

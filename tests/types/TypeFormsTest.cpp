@@ -90,7 +90,7 @@ TEST(TypeForms, EachValueGivesItsTextAndBytesAndReadsBack) {
              kZero8 + kZero8 + "00 00 00 00 00 00 F0 3F"},
         {PathType::Create(), any(pathOf({{1, 2}, {3, 4}})), "1,2;3,4;",
          kOne8 + "00 00 00 00 00 00 00 40 00 00 00 00 00 00 08 40 00 00 00 00 00 00 10 40"},
-        {PathType::Create(), PathType::Create().defaultConstruct(), "", ""},
+        {PathType::Create(), any(Path()), "", ""},
     };
     for (Row const &row : rows) {
         SCOPED_TRACE(row.text);
@@ -191,8 +191,8 @@ TEST(TypeForms, WritersRefuseAnotherClassAndDefaultsAreTheFamilys) {
         {DPointType::Create(), any(VTPoint<double>()), any(VTPoint<float>())},
         {IRectType::Create(), any(VTRect<int>()), any(VTPoint<int>())},
         {DRectType::Create(), any(VTRect<double>()), any(VTRect<int>())},
-        {TransformType::Create(), any(Transform::IDENTITY), any(MD5Hash())},
-        {PathType::Create(), any(pathOf({})), any(Transform())},
+        {TransformType::Create(), any(Transform::IDENTITY), any(Path())},
+        {PathType::Create(), any(Path()), any(Transform())},
     };
     for (Row const &row : rows) {
         const any value = row.type.defaultConstruct();
