@@ -48,9 +48,9 @@ TEST(GetToken, SkipsDelimiterSetsAndReportsWhereItStopped) {
         std::size_t after;
     };
     const Step steps[] = {
-        {"  ab  cd", " ", 0, true, "ab", 4}, {"  ab  cd", " ", 4, true, "cd", 8},
-        {"  ab  cd", " ", 8, false, "old", 8},  {";a,b;;c,", ",;", 4, true, "c", 7},
-        {" \t ", " \t", 1, false, "old", 1},    {"abc", " ", 99, false, "old", 99},
+        {"  ab  cd", " ", 0, true, "ab", 4},   {"  ab  cd", " ", 4, true, "cd", 8},
+        {"  ab  cd", " ", 8, false, "old", 8}, {";a,b;;c,", ",;", 4, true, "c", 7},
+        {" \t ", " \t", 1, false, "old", 1},   {"abc", " ", 99, false, "old", 99},
         {"a b", "", 1, true, " b", 3},
     };
     for (Step const &s : steps) {
