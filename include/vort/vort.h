@@ -10,6 +10,7 @@
 #include <vort/bones/FileUtils.h>
 #include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
+#include <vort/bones/MathUtils.h>
 #include <vort/bones/MimeRegistry.h>
 #include <vort/bones/ModuleObject.h>
 #include <vort/bones/NotifyBlockPasted.h>
@@ -17,12 +18,14 @@
 #include <vort/bones/StringTokenizer.h>
 #include <vort/bones/StringUtils.h>
 #include <vort/bones/TWrappedObject.h>
+#include <vort/bones/UUID.h>
 #include <vort/bones/VAssociative.h>
 #include <vort/bones/VHash.h>
 #include <vort/bones/VLinkedList.h>
 #include <vort/bones/VList.h>
 #include <vort/bones/VMap.h>
 #include <vort/bones/VSharedBlock.h>
+#include <vort/bones/VTStringList.h>
 #include <vort/bones/VVector.h>
 #include <vort/command/ChangeLevel.h>
 #include <vort/command/Command.h>
