@@ -14,6 +14,8 @@
 #include <vort/bones/MimeRegistry.h>
 #include <vort/bones/ModuleObject.h>
 #include <vort/bones/NotifyBlockPasted.h>
+#include <vort/bones/PackagePath.h>
+#include <vort/bones/Registry.h>
 #include <vort/bones/StringID.h>
 #include <vort/bones/StringTokenizer.h>
 #include <vort/bones/StringUtils.h>
