@@ -1,5 +1,6 @@
 // Number functions: `pi`, angle conversions, `interpolate`, `int_rnd`, `sqrt<float>` and
-// `normalizeAndReturnAngle`.
+// `normalizeAndReturnAngle`. The two that take points, `DPoint2IPoint` (`int_rnd`'s rule on each
+// coordinate) and `length`, stand beside `VTPoint` and come with it from <vort/types/VTPoint.h>.
 //
 // Each function computes in the exact order of operations it states, so that results match to
 // the last bit wherever they are computed; none of them allocates or holds state, and any
@@ -10,6 +11,7 @@
 #ifndef VORT_BONES_MATHUTILS_H
 #define VORT_BONES_MATHUTILS_H
 
+#include <vort/types/VTPoint.h>
 #include <vort/vort_export.h>
 
 #include <cmath>
