@@ -28,6 +28,8 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/instrumentation/ScopedDebugTimer.h>
+#include <vort/instrumentation/TimeAccumulator.h>
 #include <vort/messaging/Connection.h>
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Gate.h>
