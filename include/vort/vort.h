@@ -40,6 +40,7 @@
 #include <vort/messaging/TessarTimer.h>
 #include <vort/messaging/Thread.h>
 #include <vort/messaging/ThrottledCallback.h>
+#include <vort/preferences/VTPreferences.h>
 #include <vort/services/ApplicationContext.h>
 #include <vort/services/ErrorHandling.h>
 #include <vort/services/EventLoopTickling.h>
