@@ -4,12 +4,14 @@
 #include <QtCore/QFile>
 #include <QtCore/QSaveFile>
 
+#include <array>
 #include <cctype>
 #include <climits>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 VTPreferences::Table VTPreferences::m_prefMaps;
 bool VTPreferences::m_loaded = false;
@@ -30,15 +32,16 @@ const char *const kLastOldRelease = "1998c";
 const char *const kReadError = "Error reading Nexlark Preferences";
 const char *const kWriteError = "Error writing Nexlark Preferences";
 
-bool isSpace(char c) {
-    return std::isspace(static_cast<unsigned char>(c)) != 0;
-}
-
 // The file's reader: a character-driven state machine whose state survives from one buffer to
 // the next. Runs of characters that only accumulate are taken a whole run at a time.
 class Reader {
 public:
-    explicit Reader(VTPreferences::Table &table) : m_table(table) {}
+    // White space is what `isspace` says in the locale of the moment, asked once per load.
+    explicit Reader(VTPreferences::Table &table) : m_table(table) {
+        for (int c = 0; c < 256; ++c) {
+            m_space[static_cast<std::size_t>(c)] = std::isspace(c) != 0;
+        }
+    }
 
     void feed(const char *data, std::size_t size) {
         const char *const end = data + size;
@@ -119,11 +122,20 @@ private:
         return found;
     }
 
+    bool isSpace(char c) const { return m_space[static_cast<unsigned char>(c)]; }
+
+    // Key and value are cleared before the next line's use, so they move into the table. Files
+    // are written in key order, so a key usually goes behind the last one without a search.
     void store() {
         if (m_current == nullptr) {
             m_current = &m_table[m_section];
         }
-        (*m_current)[m_key] = m_value;
+        VTPreferences::Section &keys = *m_current;
+        if (keys.empty() || keys.rbegin()->first < m_key) {
+            keys.emplace_hint(keys.end(), std::move(m_key), std::move(m_value));
+        } else {
+            keys[m_key] = std::move(m_value);
+        }
     }
 
     VTPreferences::Table &m_table;
@@ -133,6 +145,7 @@ private:
     std::string m_value;
     // The table's section of `m_section`, once something was stored in it.
     VTPreferences::Section *m_current = nullptr;
+    std::array<bool, 256> m_space;
 };
 
 void writeText(std::string &out, VTPreferences::Table const &table) {
