@@ -119,6 +119,7 @@ void readTyped(VTPreferences::Table const &table) {
             std::string const &s = section.first;
             std::string const &k = entry.first;
             VTPreferences::getBoolPref(s, k, false);
+            VTPreferences::getColorPref(s, k, VORT::Color());
             VTPreferences::getIntPref(s, k, 0);
             int x, y, w, h;
             VTPreferences::getRectPref(s, k, x, y, w, h, 0, 0, 0, 0);

@@ -433,6 +433,31 @@ bool VTPreferences::setRectPref(std::string section, std::string key, int x, int
     return setPref(section, key, buffer);
 }
 
+VORT::Color VTPreferences::getColorPref(const std::string &section, const std::string &key,
+                                        const VORT::Color &defaultValue) {
+    if (section.empty()) {
+        return defaultValue;
+    }
+    std::istringstream in(getPref(section, key));
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+    if (!(in >> red >> green >> blue)) {
+        return defaultValue;
+    }
+    return VORT::Color(red / 255.0, green / 255.0, blue / 255.0, 1.0);
+}
+
+bool VTPreferences::setColorPref(const std::string &section, const std::string &key,
+                                 const VORT::Color &value) {
+    if (section.empty()) {
+        return false;
+    }
+    char buffer[16];
+    std::snprintf(buffer, sizeof buffer, "%d %d %d", value.red(), value.green(), value.blue());
+    return setPref(section, key, buffer);
+}
+
 void VTPreferences::getStringPref(std::string section, std::string key, std::string *value,
                                   const char *defaultValue) {
     if (value == nullptr) {

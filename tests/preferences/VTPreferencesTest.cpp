@@ -281,6 +281,34 @@ TEST_F(PreferencesTest, ScalarReadersFallBackOnTextsThatDontParse) {
     EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 6, 7, 8}));
 }
 
+TEST_F(PreferencesTest, ColoursKeepTheirBytesButNotTheirAlpha) {
+    Store::m_loaded = true;
+    VORT::Color translucent;
+    translucent.setRGBAFromPackedValue(0xFF800040u);
+    EXPECT_TRUE(VTPreferences::setColorPref("T", "c", translucent));
+    EXPECT_EQ(Store::m_prefMaps["T"]["c"], "255 128 0");
+    EXPECT_EQ(VTPreferences::getColorPref("T", "c", VORT::Color()).getAsRgba(), 0xFF8000FFu);
+    EXPECT_FALSE(VTPreferences::setColorPref("", "c", translucent));
+
+    VORT::Color fallback;
+    fallback.setRGBAFromPackedValue(0x11223344u);
+    struct Case {
+        const char *text;
+        unsigned int expected;
+    };
+    const Case cases[] = {
+        {"255 0 128", 0xFF0080FFu}, {" 1 2 3 trailing", 0x010203FFu}, {"300 -5 7", 0xFF0007FFu},
+        {"255 0", 0x11223344u},     {"1.5 2 3", 0x11223344u},         {"red", 0x11223344u},
+    };
+    for (Case const &c : cases) {
+        SCOPED_TRACE(c.text);
+        Store::m_prefMaps["T"]["c"] = c.text;
+        EXPECT_EQ(VTPreferences::getColorPref("T", "c", fallback).getAsRgba(), c.expected);
+    }
+    EXPECT_EQ(VTPreferences::getColorPref("T", "missing", fallback), fallback);
+    EXPECT_EQ(VTPreferences::getColorPref("", "c", fallback), fallback);
+}
+
 TEST_F(PreferencesTest, IntArraysTakeBlanksAndCommasBetweenTokens) {
     Store::m_loaded = true;
     const int written[] = {1, 2};

@@ -36,6 +36,7 @@
 #ifndef VORT_PREFERENCES_VTPREFERENCES_H
 #define VORT_PREFERENCES_VTPREFERENCES_H
 
+#include <vort/types/Color.h>
 #include <vort/vort_export.h>
 
 #include <map>
@@ -74,6 +75,14 @@ public:
                             int defaultHeight);
     static bool setRectPref(std::string section, std::string key, int x, int y, int width,
                             int height);
+
+    // Three whole numbers read from the text, as bytes of an opaque colour; the default when
+    // fewer than three read.
+    static VORT::Color getColorPref(const std::string &section, const std::string &key,
+                                    const VORT::Color &defaultValue);
+    // Writes red, green and blue as "r g b"; alpha is not kept.
+    static bool setColorPref(const std::string &section, const std::string &key,
+                             const VORT::Color &value);
 
     // `value` gets the stored text, or `defaultValue` (null reads as "") when that is empty. With
     // an empty section name `value` keeps its text unless it was empty.
