@@ -57,6 +57,8 @@
 #include <vort/types/ByteArrayType.h>
 #include <vort/types/Color.h>
 #include <vort/types/ColorType.h>
+#include <vort/types/Gradient.h>
+#include <vort/types/GradientType.h>
 #include <vort/types/MD5Hash.h>
 #include <vort/types/MD5HashType.h>
 #include <vort/types/PointType.h>
