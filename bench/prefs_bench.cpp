@@ -10,10 +10,14 @@
 #include <vort/instrumentation/TimeAccumulator.h>
 #include <vort/preferences/VTPreferences.h>
 #include <vort/services/ApplicationContext.h>
+#include <vort/types/Gradient.h>
 
+#include <QByteArray>
+#include <QDataStream>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QRadialGradient>
 #include <QSettings>
 #include <QString>
 #include <QTemporaryDir>
@@ -277,5 +281,63 @@ void BM_AccumulatorSpan_QElapsedTimer(benchmark::State &state) {
     benchmark::DoNotOptimize(peer.tracked);
 }
 BENCHMARK(BM_AccumulatorSpan_QElapsedTimer);
+
+// A radial gradient with eight stops, in both shapes.
+VORT::Gradient benchGradient() {
+    VORT::Gradient gradient;
+    gradient.setCenterPoint(VORT::VTPoint<double>(10.5, 20.25));
+    gradient.setFocalPoint(VORT::VTPoint<double>(12, 18));
+    gradient.setRadius(40);
+    gradient.setSpread(VORT::GradientSpreadType::Reflect);
+    for (int stop = 0; stop < 8; ++stop) {
+        gradient.addColorStop(stop / 7.0, VORT::Color(stop / 7.0, 0.5, 1 - stop / 7.0, 1));
+    }
+    return gradient;
+}
+
+void BM_GradientBytes_Vort(benchmark::State &state) {
+    const VORT::Gradient source = benchGradient();
+    std::vector<unsigned char> buffer(static_cast<std::size_t>(source.getByteStreamSize()));
+    for (auto _ : state) {
+        buffer.resize(static_cast<std::size_t>(source.getByteStreamSize()));
+        source.toByteStream(buffer.data());
+        VORT::Gradient copy;
+        copy.fromByteStream(buffer.data());
+        benchmark::DoNotOptimize(copy.getGradient());
+    }
+}
+BENCHMARK(BM_GradientBytes_Vort);
+
+// The peer writes and reads what the byte stream carries: kind, stops, spread, coordinate mode
+// and the radial geometry.
+void BM_GradientBytes_QDataStream(benchmark::State &state) {
+    const VORT::Gradient held = benchGradient();
+    const QRadialGradient source = *static_cast<QRadialGradient *>(held.getGradient());
+    QByteArray buffer;
+    for (auto _ : state) {
+        {
+            QDataStream out(&buffer, QIODevice::WriteOnly);
+            out << static_cast<qint32>(source.type()) << source.stops()
+                << static_cast<qint32>(source.spread())
+                << static_cast<qint32>(source.coordinateMode()) << source.center()
+                << source.focalPoint() << source.radius();
+        }
+        QDataStream in(buffer);
+        qint32 type = 0;
+        QGradientStops stops;
+        qint32 spread = 0;
+        qint32 mode = 0;
+        QPointF center;
+        QPointF focal;
+        qreal radius = 0;
+        in >> type >> stops >> spread >> mode >> center >> focal >> radius;
+        QRadialGradient copy(center, radius, focal);
+        copy.setStops(stops);
+        copy.setSpread(static_cast<QGradient::Spread>(spread));
+        copy.setCoordinateMode(static_cast<QGradient::CoordinateMode>(mode));
+        benchmark::DoNotOptimize(copy.stops().size());
+    }
+}
+BENCHMARK(BM_GradientBytes_QDataStream);
 
 }  // namespace
