@@ -137,6 +137,14 @@ void readTyped(VTPreferences::Table const &table) {
     }
 }
 
+// The table as the file can hold it: a section whose keys were all removed isn't written.
+VTPreferences::Table withoutEmptySections(VTPreferences::Table table) {
+    for (auto section = table.begin(); section != table.end();) {
+        section = section->second.empty() ? table.erase(section) : std::next(section);
+    }
+    return table;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -150,7 +158,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     // What was saved reads back unchanged, and needs no migration or save of its own.
     const std::string saved = readAll();
     loadFrom(saved);
-    check(Store::m_prefMaps == first, "the saved file reads back into the same table");
+    check(Store::m_prefMaps == withoutEmptySections(first),
+          "the saved file reads back into the same table");
     check(!Store::m_dirty, "reading back changes nothing");
     check(readAll() == saved, "reading back leaves the file alone");
     return 0;
