@@ -59,5 +59,7 @@
 #include <vort/types/MD5HashType.h>
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
+#include <vort/xml/XmlConstants.h>
+#include <vort/xml/XmlReader.h>
 
 #endif  // VORT_VORT_H
