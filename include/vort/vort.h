@@ -61,5 +61,6 @@
 #include <vort/types/TypeBase.h>
 #include <vort/xml/XmlConstants.h>
 #include <vort/xml/XmlReader.h>
+#include <vort/xml/XmlWriter.h>
 
 #endif  // VORT_VORT_H
