@@ -59,6 +59,7 @@
 #include <vort/types/MD5HashType.h>
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
+#include <vort/xml/Uri.h>
 #include <vort/xml/XmlConstants.h>
 #include <vort/xml/XmlReader.h>
 #include <vort/xml/XmlWriter.h>
