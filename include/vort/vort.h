@@ -63,6 +63,8 @@
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
 #include <vort/types/VTPoint.h>
+#include <vort/xml/DataNode.h>
+#include <vort/xml/Database.h>
 #include <vort/xml/Uri.h>
 #include <vort/xml/XmlConstants.h>
 #include <vort/xml/XmlReader.h>

@@ -46,6 +46,8 @@ public:
         QFile out(qfile);
         EXPECT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate)) << file;
         out.write(bytes.data(), static_cast<qint64>(bytes.size()));
+        // Flushed first: bytes written later would set the time to now again.
+        out.flush();
         if (seconds != 0) {
             EXPECT_TRUE(out.setFileTime(QDateTime::fromSecsSinceEpoch(seconds),
                                         QFileDevice::FileModificationTime));
