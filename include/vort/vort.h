@@ -7,12 +7,15 @@
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/ByteArray.h>
 #include <vort/bones/DataObject.h>
+#include <vort/bones/FileUtils.h>
 #include <vort/bones/Holder.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/MimeRegistry.h>
 #include <vort/bones/ModuleObject.h>
 #include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/StringID.h>
+#include <vort/bones/StringTokenizer.h>
+#include <vort/bones/StringUtils.h>
 #include <vort/bones/TWrappedObject.h>
 #include <vort/bones/VAssociative.h>
 #include <vort/bones/VHash.h>
@@ -65,5 +68,11 @@
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
 #include <vort/types/VTPoint.h>
+#include <vort/xml/DataNode.h>
+#include <vort/xml/Database.h>
+#include <vort/xml/Uri.h>
+#include <vort/xml/XmlConstants.h>
+#include <vort/xml/XmlReader.h>
+#include <vort/xml/XmlWriter.h>
 
 #endif  // VORT_VORT_H
