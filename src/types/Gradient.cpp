@@ -1,6 +1,7 @@
 #include "ByteForm_p.h"
 #include <hsl/hsl.h>
 #include <vort/types/Gradient.h>
+#include <vort/xml/Database.h>
 
 #include <QtGui/QColor>
 #include <QtGui/QConicalGradient>
@@ -183,6 +184,43 @@ void applySpreadAndMode(QGradient *gradient, int spread, int mode) {
     if (isKnownMode(mode)) {
         gradient->setCoordinateMode(static_cast<QGradient::CoordinateMode>(mode));
     }
+}
+
+using NumberResolver = boost::function<bool(std::string const &, bool, double &)>;
+
+double readCoordinate(std::string const &text, bool isX, NumberResolver const &resolver) {
+    double value = 0.0;
+    if (resolver && resolver(text, isX, value)) {
+        return value;
+    }
+    std::istringstream stream(text);
+    value = 0.0;
+    stream >> value;
+    return value;
+}
+
+// A point is a node with both attributes "x" and "y".
+bool readPoint(XMLDB::Database &database, std::string const &key, NumberResolver const &resolver,
+               VTPoint<double> &point) {
+    const XMLDB::DataNode::NodePtr node = database.getData(key);
+    if (!node || !node->hasAttribute("x") || !node->hasAttribute("y")) {
+        return false;
+    }
+    point.x = readCoordinate(node->getAttribute<std::string>("x"), true, resolver);
+    point.y = readCoordinate(node->getAttribute<std::string>("y"), false, resolver);
+    return true;
+}
+
+// Four numbers of full scale 1.0 with one character between them; anything less is `Color()`.
+Color parseColor(std::string const &text) {
+    std::istringstream stream(text);
+    double red = 0.0;
+    double green = 0.0;
+    double blue = 0.0;
+    double alpha = 0.0;
+    char separator = 0;
+    stream >> red >> separator >> green >> separator >> blue >> separator >> alpha;
+    return stream.fail() ? Color() : Color(red, green, blue, alpha);
 }
 
 }  // namespace
@@ -681,6 +719,94 @@ void Gradient::fromString(std::string const &text) {
     std::istringstream stream(text);
     hslPrintf("Someone sent: %s\n", text.c_str());
     streamFromFile(stream, *this);
+}
+
+bool Gradient::fromXMLDB(
+    XMLDB::Database &database, std::string const &path,
+    boost::function<bool(std::string const &, Color &)> colorResolver,
+    boost::function<bool(std::string const &, bool, double &)> numberResolver) {
+    const XMLDB::DataNode::NodePtr node = database.getData(path);
+    if (!node) {
+        return false;
+    }
+    bool found = false;
+    const std::string typeName = node->getAttribute<std::string>("gradient_type", "", &found);
+    const int type = GradientTypes::fromName(typeName);
+    if (!found || type == GradientTypes::Unknown) {
+        return false;
+    }
+    setGradientType(type, true);
+
+    if (const XMLDB::DataNode::NodePtr mode = database.getData(path + "/CoordinateMode")) {
+        const int value = GradientCoordinateMode::fromName(mode->getValue<std::string>());
+        if (value != GradientCoordinateMode::Unknown) {
+            setCoordinateMode(value);
+        }
+    }
+    if (const XMLDB::DataNode::NodePtr spread = database.getData(path + "/Spread")) {
+        const int value = GradientSpreadType::fromName(spread->getValue<std::string>());
+        if (value != GradientSpreadType::Unknown) {
+            setSpread(value);
+        }
+    }
+
+    VTPoint<double> point;
+    switch (type) {
+        case GradientTypes::Linear: {
+            VTPoint<double> end;
+            if (readPoint(database, path + "/PositionStart", numberResolver, point) &&
+                readPoint(database, path + "/PositionEnd", numberResolver, end)) {
+                setStartPoint(point);
+                setEndPoint(end);
+            }
+            break;
+        }
+        case GradientTypes::Radial: {
+            if (readPoint(database, path + "/Focal", numberResolver, point)) {
+                setFocalPoint(point);
+            }
+            const XMLDB::DataNode::NodePtr radius = database.getData(path + "/Radius");
+            if (!radius) {
+                return false;
+            }
+            setRadius(radius->getValue<double>());
+            break;
+        }
+        case GradientTypes::Conical: {
+            const XMLDB::DataNode::NodePtr angle = database.getData(path + "/Angle");
+            if (!angle) {
+                return false;
+            }
+            setAngle(angle->getValue<double>());
+            break;
+        }
+        default:
+            return false;
+    }
+    if (type != GradientTypes::Linear &&
+        readPoint(database, path + "/Center", numberResolver, point)) {
+        setCenterPoint(point);
+    }
+
+    // Several stops of one file make a list under the first one's name.
+    const XMLDB::DataNode::NodePtr first = node->getElement("Stop");
+    XMLDB::DataNode::NodeVector single;
+    XMLDB::DataNode::NodeVector const *stops = &single;
+    if (first && first->isNodeList()) {
+        stops = first->getNodeList();
+    } else if (first) {
+        single.push_back(first);
+    }
+    for (XMLDB::DataNode::NodePtr const &stop : *stops) {
+        const double percent = stop->getAttribute<double>("percent", 0.0);
+        const std::string colorText = stop->getAttribute<std::string>("color");
+        Color color;
+        if (!colorResolver || !colorResolver(colorText, color)) {
+            color = parseColor(colorText);
+        }
+        addColorStop(percent, color);
+    }
+    return isValid();
 }
 
 }  // namespace VORT

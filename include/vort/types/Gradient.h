@@ -31,7 +31,7 @@
 // writes the source's state: two threads must not copy, or write, the same `Gradient` at once.
 //
 // Failure: the byte stream has none (its reader trusts its buffer); the text reader reports only
-// through the stream's flags; `fromXMLDB` answers false.
+// through the stream's flags; `fromXMLDB` answers false. The database form is read-only.
 #ifndef VORT_TYPES_GRADIENT_H
 #define VORT_TYPES_GRADIENT_H
 
@@ -43,6 +43,7 @@
 
 #include <QtCore/qglobal.h>
 
+#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include <iosfwd>
@@ -101,6 +102,10 @@ public:
 private:
     int m_value;
 };
+
+namespace XMLDB {
+class Database;
+}
 
 class VORT_EXPORT Gradient {
 public:
@@ -201,6 +206,21 @@ public:
     // Writes "Someone sent: <text>" on the host's console, then reads the text form; failure
     // isn't reported.
     void fromString(std::string const &text);
+
+    // Builds the gradient from the database tree at `path`: its attribute "gradient_type" (a
+    // kind's name in any case), the children "CoordinateMode" and "Spread" (names), the
+    // geometry of the kind ("PositionStart" and "PositionEnd", whose attributes "x" and "y" are
+    // set only when both points read; "Focal", "Center" and the values of "Radius" and "Angle")
+    // and the child elements "Stop" with the attributes "percent" (0.0 when missing, on the 0 to
+    // 1 scale) and "color". `colorResolver`, when set, turns a colour text into a colour; when
+    // it is empty or declines, the text is four numbers with full scale 1.0 and one character
+    // between them, and anything else gives `Color()`. `numberResolver` does the same for a
+    // point's coordinate texts (true for x), which are otherwise read as doubles. True when the
+    // gradient ends up valid; false for a missing node, type, radius or angle, an unknown kind
+    // or "None", and then the gradient may be partly filled.
+    bool fromXMLDB(XMLDB::Database &database, std::string const &path,
+                   boost::function<bool(std::string const &, Color &)> colorResolver,
+                   boost::function<bool(std::string const &, bool, double &)> numberResolver);
 
 private:
     void detach();
