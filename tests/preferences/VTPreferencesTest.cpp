@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -101,20 +102,14 @@ TEST_F(VTPreferencesReader, LoadsLazilyOnceAndRetriesAfterAMissingFile) {
 }
 
 TEST_F(VTPreferencesReader, NamesTheFileInTheHostsDirectory) {
-    struct Case {
-        const char *directory;
-        std::string expected;
-    };
-    const Case cases[] = {
-        {"/prefs", "/prefs/nexlark.prf"},
-        {"/prefs/", "/prefs/nexlark.prf"},
-        {"C:\\prefs\\", "C:\\prefs\\nexlark.prf"},
-        {"", "/nexlark.prf"},
-        {nullptr, ""},
-    };
-    for (Case const &c : cases) {
-        useContext(c.directory, "R");
-        EXPECT_EQ(Store::getPrefFileName(), c.expected);
+    const std::pair<const char *, std::string> cases[] = {{"/prefs", "/prefs/nexlark.prf"},
+                                                          {"/prefs/", "/prefs/nexlark.prf"},
+                                                          {"C:\\prefs\\", "C:\\prefs\\nexlark.prf"},
+                                                          {"", "/nexlark.prf"},
+                                                          {nullptr, ""}};
+    for (auto const &c : cases) {
+        useContext(c.first, "R");
+        EXPECT_EQ(Store::getPrefFileName(), c.second);
     }
     VTServices::VTService<VTServices::ApplicationContext>::install(nullptr);
     EXPECT_EQ(Store::getPrefFileName(), "");
@@ -206,12 +201,13 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
     Store::m_prefMaps[""]["k"] = "1";
     int values[] = {1, 2};
     std::vector<std::string> strings = {"a"};
-    EXPECT_FALSE(VTPreferences::setBoolPref("", "k", true));
-    EXPECT_FALSE(VTPreferences::setIntPref("", "k", 1));
-    EXPECT_FALSE(VTPreferences::setRectPref("", "k", 1, 2, 3, 4));
-    EXPECT_FALSE(VTPreferences::setStringPref("", "k", "x"));
-    EXPECT_FALSE(VTPreferences::setIntArrayPref("", "k", values, 2));
-    EXPECT_FALSE(VTPreferences::setStringVectorPref("", "k", &strings));
+    EXPECT_FALSE(VTPreferences::setBoolPref("", "k", true) ||
+                 VTPreferences::setIntPref("", "k", 1) ||
+                 VTPreferences::setRectPref("", "k", 1, 2, 3, 4) ||
+                 VTPreferences::setStringPref("", "k", "x") ||
+                 VTPreferences::setIntArrayPref("", "k", values, 2) ||
+                 VTPreferences::setStringVectorPref("", "k", &strings) ||
+                 VTPreferences::setColorPref("", "k", VORT::Color()));
     EXPECT_EQ(Store::m_prefMaps[""]["k"], "1");
     EXPECT_FALSE(Store::m_dirty);
 
@@ -225,6 +221,8 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
     EXPECT_EQ(count, 0);
     VTPreferences::getStringVectorPref("", "k", &strings);
     EXPECT_EQ(strings, std::vector<std::string>{"a"});
+    EXPECT_EQ(VTPreferences::getColorPref("", "k", VORT::Color()), VORT::Color());
+    // A string keeps what it held, unless that was empty.
     std::string text = "kept";
     VTPreferences::getStringPref("", "k", &text, "default");
     EXPECT_EQ(text, "kept");
@@ -233,24 +231,31 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
     EXPECT_EQ(text, "default");
 }
 
-TEST_F(PreferencesTest, ScalarEncodingsWriteTheirTextAndReadItBack) {
+TEST_F(PreferencesTest, EncodingsWriteTheirTextAndReadItBack) {
     Store::m_loaded = true;
-    EXPECT_TRUE(VTPreferences::setBoolPref("T", "on", true));
-    EXPECT_TRUE(VTPreferences::setBoolPref("T", "off", false));
-    EXPECT_TRUE(VTPreferences::setIntPref("T", "neg", -12));
-    EXPECT_TRUE(VTPreferences::setIntPref("T", "min", INT_MIN));
-    EXPECT_TRUE(VTPreferences::setRectPref("T", "rect", 10, 20, 300, -200));
-    EXPECT_TRUE(VTPreferences::setStringPref("T", "font", "Courier"));
-    Table const &t = Store::m_prefMaps;
-    EXPECT_EQ(t.at("T").at("on"), "1");
-    EXPECT_EQ(t.at("T").at("off"), "0");
-    EXPECT_EQ(t.at("T").at("neg"), "-12");
-    EXPECT_EQ(t.at("T").at("min"), "-2147483648");
-    EXPECT_EQ(t.at("T").at("rect"), "10 20 300 -200");
+    VORT::Color translucent;
+    translucent.setRGBAFromPackedValue(0xFF800040u);
+    const int pair[] = {1, 2};
+    std::vector<std::string> words = {"a", "b"};
+    EXPECT_TRUE(VTPreferences::setBoolPref("T", "on", true) &&
+                VTPreferences::setBoolPref("T", "off", false) &&
+                VTPreferences::setIntPref("T", "min", INT_MIN) &&
+                VTPreferences::setRectPref("T", "rect", 10, 20, 300, -200) &&
+                VTPreferences::setStringPref("T", "font", "Courier") &&
+                VTPreferences::setColorPref("T", "colour", translucent) &&
+                VTPreferences::setIntArrayPref("T", "ints", pair, 2) &&
+                VTPreferences::setStringVectorPref("T", "words", &words));
+    EXPECT_EQ(Store::m_prefMaps["T"], (VTPreferences::Section{{"on", "1"},
+                                                              {"off", "0"},
+                                                              {"min", "-2147483648"},
+                                                              {"rect", "10 20 300 -200"},
+                                                              {"font", "Courier"},
+                                                              {"colour", "255 128 0"},
+                                                              {"ints", "1 2 "},
+                                                              {"words", "a,b,"}}));
 
     EXPECT_TRUE(VTPreferences::getBoolPref("T", "on", false));
     EXPECT_FALSE(VTPreferences::getBoolPref("T", "off", true));
-    EXPECT_EQ(VTPreferences::getIntPref("T", "neg", 0), -12);
     EXPECT_EQ(VTPreferences::getIntPref("T", "min", 0), INT_MIN);
     int x = 0, y = 0, w = 0, h = 0;
     VTPreferences::getRectPref("T", "rect", x, y, w, h, 0, 0, 0, 0);
@@ -258,10 +263,23 @@ TEST_F(PreferencesTest, ScalarEncodingsWriteTheirTextAndReadItBack) {
     std::string font;
     VTPreferences::getStringPref("T", "font", &font, "Helvetica");
     EXPECT_EQ(font, "Courier");
-    VTPreferences::getStringPref("T", "missing", &font, "Helvetica");
-    EXPECT_EQ(font, "Helvetica");
     VTPreferences::getStringPref("T", "missing", &font, nullptr);
     EXPECT_EQ(font, "");
+    // Alpha is not kept: the colour comes back opaque.
+    EXPECT_EQ(VTPreferences::getColorPref("T", "colour", VORT::Color()).getAsRgba(), 0xFF8000FFu);
+    int count = 0;
+    int *ints = VTPreferences::getIntArrayPref("T", "ints", count);
+    EXPECT_EQ(std::vector<int>(ints, ints + count), (std::vector<int>{1, 2}));
+    delete[] ints;
+    std::vector<std::string> read;
+    VTPreferences::getStringVectorPref("T", "words", &read);
+    EXPECT_EQ(read, words);
+
+    // Empty arrays and vectors delete.
+    std::vector<std::string> none;
+    EXPECT_TRUE(VTPreferences::setIntArrayPref("T", "ints", pair, -1) &&
+                VTPreferences::setStringVectorPref("T", "words", &none));
+    EXPECT_EQ(Store::m_prefMaps["T"].count("ints") + Store::m_prefMaps["T"].count("words"), 0u);
 }
 
 TEST_F(PreferencesTest, ScalarReadersFallBackOnTextsThatDontParse) {
@@ -269,8 +287,8 @@ TEST_F(PreferencesTest, ScalarReadersFallBackOnTextsThatDontParse) {
     Store::m_prefMaps["T"] = {{"yes", "yes"},   {"one", "1 "},   {"word", "abc"},
                               {"lead", " 42x"}, {"pair", "1 2"}, {"comma", "1,2,3,4"}};
     EXPECT_TRUE(VTPreferences::getBoolPref("T", "yes", true));
-    EXPECT_FALSE(VTPreferences::getBoolPref("T", "yes", false));
-    EXPECT_FALSE(VTPreferences::getBoolPref("T", "one", false));
+    EXPECT_FALSE(VTPreferences::getBoolPref("T", "yes", false) ||
+                 VTPreferences::getBoolPref("T", "one", false));
     EXPECT_EQ(VTPreferences::getIntPref("T", "word", 5), 5);
     EXPECT_EQ(VTPreferences::getIntPref("T", "lead", 5), 42);
     EXPECT_EQ(VTPreferences::getIntPref("T", "missing", 5), 5);
@@ -279,97 +297,47 @@ TEST_F(PreferencesTest, ScalarReadersFallBackOnTextsThatDontParse) {
     EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 2, 7, 8}));
     VTPreferences::getRectPref("T", "comma", x, y, w, h, 5, 6, 7, 8);
     EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 6, 7, 8}));
-}
-
-TEST_F(PreferencesTest, ColoursKeepTheirBytesButNotTheirAlpha) {
-    Store::m_loaded = true;
-    VORT::Color translucent;
-    translucent.setRGBAFromPackedValue(0xFF800040u);
-    EXPECT_TRUE(VTPreferences::setColorPref("T", "c", translucent));
-    EXPECT_EQ(Store::m_prefMaps["T"]["c"], "255 128 0");
-    EXPECT_EQ(VTPreferences::getColorPref("T", "c", VORT::Color()).getAsRgba(), 0xFF8000FFu);
-    EXPECT_FALSE(VTPreferences::setColorPref("", "c", translucent));
 
     VORT::Color fallback;
     fallback.setRGBAFromPackedValue(0x11223344u);
-    struct Case {
-        const char *text;
-        unsigned int expected;
-    };
-    const Case cases[] = {
+    const std::pair<const char *, unsigned int> colours[] = {
         {"255 0 128", 0xFF0080FFu}, {" 1 2 3 trailing", 0x010203FFu}, {"300 -5 7", 0xFF0007FFu},
-        {"255 0", 0x11223344u},     {"1.5 2 3", 0x11223344u},         {"red", 0x11223344u},
-    };
-    for (Case const &c : cases) {
-        SCOPED_TRACE(c.text);
-        Store::m_prefMaps["T"]["c"] = c.text;
-        EXPECT_EQ(VTPreferences::getColorPref("T", "c", fallback).getAsRgba(), c.expected);
+        {"255 0", 0x11223344u},     {"1.5 2 3", 0x11223344u},         {"red", 0x11223344u}};
+    for (auto const &colour : colours) {
+        Store::m_prefMaps["T"]["c"] = colour.first;
+        EXPECT_EQ(VTPreferences::getColorPref("T", "c", fallback).getAsRgba(), colour.second)
+            << colour.first;
     }
     EXPECT_EQ(VTPreferences::getColorPref("T", "missing", fallback), fallback);
-    EXPECT_EQ(VTPreferences::getColorPref("", "c", fallback), fallback);
 }
 
-TEST_F(PreferencesTest, IntArraysTakeBlanksAndCommasBetweenTokens) {
+TEST_F(PreferencesTest, ListReadersCutTheirTextsAsTheWritersLeaveThem) {
     Store::m_loaded = true;
-    const int written[] = {1, 2};
-    EXPECT_TRUE(VTPreferences::setIntArrayPref("T", "pair", written, 2));
-    EXPECT_EQ(Store::m_prefMaps["T"]["pair"], "1 2 ");
-    EXPECT_FALSE(VTPreferences::setIntArrayPref("T", "none", written, 0));
-    EXPECT_TRUE(VTPreferences::setIntArrayPref("T", "pair", written, -1));
-    EXPECT_EQ(Store::m_prefMaps["T"].count("pair"), 0u);
-
-    struct Case {
-        const char *text;
-        std::vector<int> expected;
-    };
-    const Case cases[] = {
-        {"1 2 ", {1, 2}},
-        {"1,2", {1, 2}},
-        {" ,, -3 ,x,7y  4", {-3, 0, 7, 4}},
-        {" , ,", {}},
-    };
-    for (Case const &c : cases) {
-        SCOPED_TRACE(c.text);
-        Store::m_prefMaps["T"]["a"] = c.text;
+    // Int arrays: tokens between runs of blanks and commas; a token that isn't a number is 0.
+    const std::pair<const char *, std::vector<int>> arrays[] = {
+        {"1 2 ", {1, 2}}, {"1,2", {1, 2}}, {" ,, -3 ,x,7y  4", {-3, 0, 7, 4}}, {" , ,", {}}};
+    for (auto const &array : arrays) {
+        Store::m_prefMaps["T"]["a"] = array.first;
         int count = -1;
         int *values = VTPreferences::getIntArrayPref("T", "a", count);
-        EXPECT_EQ(std::vector<int>(values, values + count), c.expected);
-        EXPECT_EQ(values == nullptr, c.expected.empty());
+        EXPECT_EQ(std::vector<int>(values, values + count), array.second) << array.first;
+        EXPECT_EQ(values == nullptr, array.second.empty());
         delete[] values;
     }
-    int count = -1;
-    EXPECT_EQ(VTPreferences::getIntArrayPref("T", "missing", count), nullptr);
-    EXPECT_EQ(count, 0);
-}
-
-TEST_F(PreferencesTest, StringVectorsTreatTheLastCharacterAsTheClosingComma) {
-    Store::m_loaded = true;
-    std::vector<std::string> written = {"a", "b"};
-    EXPECT_TRUE(VTPreferences::setStringVectorPref("T", "v", &written));
-    EXPECT_EQ(Store::m_prefMaps["T"]["v"], "a,b,");
-    std::vector<std::string> none;
-    EXPECT_TRUE(VTPreferences::setStringVectorPref("T", "v", &none) == true);
-    EXPECT_EQ(Store::m_prefMaps["T"].count("v"), 0u);
-
-    struct Case {
-        const char *text;
-        std::vector<std::string> expected;
-    };
-    const Case cases[] = {
+    // String vectors: the last character is taken as the closing comma, whatever it is.
+    const std::pair<const char *, std::vector<std::string>> vectors[] = {
         {"a,b,", {"a", "b"}},
         {"a,bc", {"a", "b"}},
         {"a,b", {"a"}},
         {",,x,,y z,", {"x", "y z"}},
         {"abc", {"ab"}},
         {"q", {}},
-        {",", {}},
-    };
-    for (Case const &c : cases) {
-        SCOPED_TRACE(c.text);
-        Store::m_prefMaps["T"]["v"] = c.text;
+        {",", {}}};
+    for (auto const &vector : vectors) {
+        Store::m_prefMaps["T"]["v"] = vector.first;
         std::vector<std::string> read = {"old"};
         VTPreferences::getStringVectorPref("T", "v", &read);
-        EXPECT_EQ(read, c.expected);
+        EXPECT_EQ(read, vector.second) << vector.first;
     }
     std::vector<std::string> kept = {"old"};
     VTPreferences::getStringVectorPref("T", "missing", &kept);
