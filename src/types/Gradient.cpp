@@ -65,6 +65,18 @@ QConicalGradient *conical(QGradient *gradient) {
     return static_cast<QConicalGradient *>(gradient);
 }
 
+QLinearGradient const *linear(QGradient const *gradient) {
+    return static_cast<QLinearGradient const *>(gradient);
+}
+
+QRadialGradient const *radial(QGradient const *gradient) {
+    return static_cast<QRadialGradient const *>(gradient);
+}
+
+QConicalGradient const *conical(QGradient const *gradient) {
+    return static_cast<QConicalGradient const *>(gradient);
+}
+
 // The stops that were set. Qt answers a black-to-white pair for a gradient without any, so that
 // pair is checked: a colour added at 0.5 joins the pair when it was set, and stands alone when
 // it wasn't.
@@ -100,7 +112,7 @@ QGradient *copyOf(QGradient const &source) {
     if (copy == nullptr) {
         return nullptr;
     }
-    QGradient *const from = const_cast<QGradient *>(&source);
+    QGradient const *const from = &source;
     copy->setStops(stopsSet(source));
     copy->setSpread(source.spread());
     copy->setCoordinateMode(source.coordinateMode());
