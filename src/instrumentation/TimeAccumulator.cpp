@@ -167,7 +167,9 @@ TimeAccumulatorManager::TimeAccumulatorManager() {}
 TimeAccumulatorManager::~TimeAccumulatorManager() {}
 
 TimeAccumulatorManager &TimeAccumulatorManager::Instance() {
-    static TimeAccumulatorManager sManager;
+    // Never destroyed, so that the accumulators stay reachable until the process ends, and a
+    // handle ending during the destruction of other statics still finds its accumulator.
+    static TimeAccumulatorManager &sManager = *new TimeAccumulatorManager;
     return sManager;
 }
 

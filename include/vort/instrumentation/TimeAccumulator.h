@@ -22,7 +22,8 @@
 // name must not be made concurrently, while handles of names already in the table may be made
 // and destroyed on any thread.
 //
-// Ownership: the manager's accumulators live until the process ends.
+// Ownership: the manager is made at first use and never destroyed; its accumulators live until
+// the process ends.
 #ifndef VORT_INSTRUMENTATION_TIMEACCUMULATOR_H
 #define VORT_INSTRUMENTATION_TIMEACCUMULATOR_H
 
