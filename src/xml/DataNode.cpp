@@ -1,11 +1,12 @@
+#include "XmlReader_p.h"
 #include <vort/bones/StringTokenizer.h>
+#include <vort/bones/StringUtils.h>
 #include <vort/xml/DataNode.h>
 
 #include <boost/algorithm/string/trim.hpp>
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <locale>
 #include <sstream>
 #include <utility>
@@ -15,18 +16,28 @@ namespace XMLDB {
 
 namespace {
 
-std::string lower(std::string text) {
-    for (char &c : text) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return text;
+bool sameWord(std::string const &text, char const *word) {
+    return compareIgnoreCase(text.c_str(), word) == 0;
 }
 
 bool readBool(std::string const &text, bool *found) {
     if (found != nullptr) {
         *found = !text.empty();
     }
-    return text == "true" || text == "1" || lower(text) == "true";
+    return text == "1" || sameWord(text, "true");
+}
+
+// The text of an attribute's QName: "prefix:local", or the local name alone.
+std::string attributeName(QXmlStreamAttribute const &attribute) {
+    const QStringView qualified = attribute.qualifiedName();
+    const qsizetype colon = qualified.indexOf(u':');
+    std::string name;
+    if (colon >= 0 && qualified.indexOf(u':', colon + 1) < 0) {
+        appendUtf8(name, qualified.left(colon));
+        name += ':';
+    }
+    appendUtf8(name, attribute.name());
+    return name;
 }
 
 // Configuration files are written for every locale alike, so numbers read in the classic one.
@@ -77,6 +88,9 @@ void append(std::shared_ptr<std::vector<T>> &to, std::shared_ptr<std::vector<T>>
 }
 
 }  // namespace
+
+// Child and list vectors start with room for a few entries, sparing the first reallocations.
+constexpr std::size_t kFirstCapacity = 8;
 
 struct DataNode::LoadState {
     unsigned depth = 0;
@@ -217,12 +231,20 @@ DataNode::NodePtr DataNode::fetchAttributeNode(std::string const &name, bool) co
 
 bool DataNode::loadAttribute(std::string const &parentName, std::string const &attributeName,
                              std::string const &value, bool &isDataList) {
-    mName = parentName + '/' + attributeName;
-    mShortName = attributeName;
-    mText = value;
+    return doLoadAttribute(parentName, std::string(attributeName), std::string(value), isDataList);
+}
+
+bool DataNode::doLoadAttribute(std::string const &parentName, std::string &&attributeName,
+                               std::string &&value, bool &isDataList) {
+    mName.reserve(parentName.size() + 1 + attributeName.size());
+    mName = parentName;
+    mName += '/';
+    mName += attributeName;
+    mShortName = std::move(attributeName);
+    mText = std::move(value);
     mIsAttribute = true;
-    isDataList = lower(attributeName) == "csv_list" && lower(value) == "true";
-    return !mName.empty() && !attributeName.empty();
+    isDataList = sameWord(mShortName, "csv_list") && sameWord(mText, "true");
+    return !mShortName.empty();
 }
 
 bool DataNode::loadXML(std::string const &parentName, XmlReader &reader, NodeMap &nodes,
@@ -233,48 +255,54 @@ bool DataNode::loadXML(std::string const &parentName, XmlReader &reader, NodeMap
 
 bool DataNode::doLoadXML(std::string const &parentName, XmlReader &reader, NodeMap &nodes,
                          XmlEventTypes::Type event, LoadState &state) {
-    while (reader.hasNext() && event != XmlEventTypes::StartElement) {
-        event = reader.next();
+    // The parser is read directly: names and texts go straight into the nodes' strings.
+    XmlReaderImpl &d = *reader.mImpl;
+    QXmlStreamReader &parser = d.mReader;
+    while (!parser.atEnd() && event != XmlEventTypes::StartElement) {
+        event = d.next();
     }
     if (event != XmlEventTypes::StartElement) {
         return false;
     }
+    const QStringView localName = parser.name();
     if (!parentName.empty()) {
-        mName = parentName + '/';
+        mName.reserve(parentName.size() + 1 + static_cast<std::size_t>(localName.size()));
+        mName = parentName;
+        mName += '/';
     }
-    mShortName = reader.getLocalName().toString();
+    appendUtf8(mShortName, localName);
     mName += mShortName;
     if (!state.charge(reader, sizeof(DataNode) + 2 * mName.size() + mShortName.size())) {
         return false;
     }
 
-    const int attributeCount = reader.getAttributeCount();
-    for (int i = 0; i < attributeCount; ++i) {
-        NodePtr attribute = boost::make_shared<DataNode>();
-        bool isDataList = false;
-        if (!attribute->loadAttribute(mName, reader.getAttributeName(i).toString(),
-                                      reader.getAttributeValue(i).toString(), isDataList)) {
-            continue;
-        }
-        if (!state.charge(reader, sizeof(DataNode) + attribute->mName.size() +
-                                      attribute->mShortName.size() + attribute->mText.size())) {
-            return false;
-        }
-        if (!mAttributes) {
-            mAttributes = std::make_shared<NodeVector>();
-        }
-        mAttributes->push_back(std::move(attribute));
-        if (isDataList) {
-            mDataList = std::make_shared<std::vector<std::string>>();
+    if (!d.mAttributes.isEmpty()) {
+        mAttributes = std::make_shared<NodeVector>();
+        mAttributes->reserve(static_cast<std::size_t>(d.mAttributes.size()));
+        for (QXmlStreamAttribute const &source : std::as_const(d.mAttributes)) {
+            NodePtr attribute = boost::make_shared<DataNode>();
+            bool isDataList = false;
+            if (!attribute->doLoadAttribute(mName, attributeName(source), toUtf8(source.value()),
+                                            isDataList)) {
+                continue;
+            }
+            if (!state.charge(reader, sizeof(DataNode) + attribute->mName.size() +
+                                          attribute->mShortName.size() + attribute->mText.size())) {
+                return false;
+            }
+            mAttributes->push_back(std::move(attribute));
+            if (isDataList) {
+                mDataList = std::make_shared<std::vector<std::string>>();
+            }
         }
     }
-    if (!reader.hasNext()) {
+    if (parser.atEnd()) {
         return false;
     }
 
     bool ended = false;
-    while (!ended && reader.hasNext()) {
-        switch (reader.next()) {
+    while (!ended && !parser.atEnd()) {
+        switch (d.next()) {
             case XmlEventTypes::StartElement: {
                 if (state.depth == MAX_DEPTH) {
                     reader.raiseError("Elements nested deeper than " + std::to_string(MAX_DEPTH) +
@@ -291,10 +319,11 @@ bool DataNode::doLoadXML(std::string const &parentName, XmlReader &reader, NodeM
                 }
                 if (!mElements) {
                     mElements = std::make_shared<NodeVector>();
+                    mElements->reserve(kFirstCapacity);
                 }
-                const auto found = nodes.find(child->mName);
-                if (found == nodes.end()) {
-                    nodes.emplace(child->mName, child);
+                const auto found = nodes.lower_bound(child->mName);
+                if (found == nodes.end() || found->first != child->mName) {
+                    nodes.emplace_hint(found, child->mName, child);
                     mElements->push_back(std::move(child));
                 } else {
                     // A fresh child cannot be in the list yet: append without the search
@@ -302,6 +331,7 @@ bool DataNode::doLoadXML(std::string const &parentName, XmlReader &reader, NodeM
                     DataNode &head = *found->second;
                     if (!head.mNodeList) {
                         head.mNodeList = std::make_shared<NodeVector>();
+                        head.mNodeList->reserve(kFirstCapacity);
                     }
                     if (head.mNodeList->empty()) {
                         head.mNodeList->push_back(head.doBecomeNodeList());
@@ -314,10 +344,11 @@ bool DataNode::doLoadXML(std::string const &parentName, XmlReader &reader, NodeM
                 ended = true;
                 break;
             case XmlEventTypes::Characters:
-                if (reader.isWhiteSpace()) {
+                if (parser.isWhitespace()) {
                     break;
                 }
-                mText = reader.getText().toString();
+                mText.clear();
+                appendUtf8(mText, parser.text());
                 if (!state.charge(reader, mText.size())) {
                     break;
                 }
@@ -334,8 +365,11 @@ bool DataNode::doLoadXML(std::string const &parentName, XmlReader &reader, NodeM
         }
     }
 
-    if (ended && mText.empty() && !mDataList && mAttributes && hasAttribute("value")) {
-        mText = fetchAttributeNode("value", false)->mText;
+    if (ended && mText.empty() && !mDataList && mAttributes) {
+        static const std::string value("value");
+        if (const NodePtr attribute = fetchAttributeNode(value, false)) {
+            mText = attribute->mText;
+        }
     }
     return !mName.empty() && ended;
 }

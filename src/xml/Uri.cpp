@@ -21,13 +21,15 @@ public:
 
 namespace {
 
+// Texts end at their first NUL byte, as C strings do: no name or URI holds one, and Qt's file
+// functions refuse such names with a warning.
 QString text(std::string const &value) {
-    return QString::fromStdString(value);
+    return QString::fromUtf8(value.c_str());
 }
 
 // An empty query or fragment is none at all, rather than a lone "?" or "#".
 QString optional(std::string const &value) {
-    return value.empty() ? QString() : QString::fromStdString(value);
+    return value.empty() ? QString() : text(value);
 }
 
 // Builds a URL from its components. Qt's setters each clear the error that an earlier one left,
@@ -293,12 +295,18 @@ Uri Uri::relativize(Uri const &target) const {
 }
 
 Uri Uri::fromLocalFile(std::string const &path) {
-    QFileInfo info(QFile::decodeName(QByteArray::fromStdString(path)));
+    QFileInfo info(QFile::decodeName(path.c_str()));
     info.makeAbsolute();
     QDir dir = info.dir();
     const QString canonical = dir.canonicalPath();
     if (canonical.isEmpty()) {
-        return Uri(new UriImpl(QUrl::fromLocalFile(info.filePath())));
+        // Qt takes a path that starts with "//" for a network share's; here it is the root.
+        QString path = info.filePath();
+        qsizetype slashes = 0;
+        while (slashes + 1 < path.size() && path[slashes] == u'/' && path[slashes + 1] == u'/') {
+            ++slashes;
+        }
+        return Uri(new UriImpl(QUrl::fromLocalFile(path.mid(slashes))));
     }
     dir.setPath(canonical);
     return Uri(new UriImpl(QUrl::fromLocalFile(dir.filePath(info.fileName()))));

@@ -1,17 +1,8 @@
+#include "XmlReader_p.h"
 #include <hsl/hsl.h>
 #include <vort/err/Exception.h>
 #include <vort/xml/XmlConstants.h>
 #include <vort/xml/XmlReader.h>
-
-#include <QtCore/QBuffer>
-#include <QtCore/QByteArray>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QString>
-#include <QtCore/QStringView>
-#include <QtCore/QXmlStreamReader>
-
-#include <utility>
 
 namespace VORT {
 
@@ -27,17 +18,6 @@ char const *const XmlConstants::W3C_XML_SCHEMA_INSTANCE_NS_URI =
 std::string QName::toString() const {
     return mPrefix.empty() ? mLocalName : mPrefix + ':' + mLocalName;
 }
-
-// The referenced text is held by value: Qt 6 hands out views into the parser's own buffers,
-// which its next step reuses, and a held string keeps a reference readable however long it is
-// kept.
-class XmlStringRefImpl : public ReferencedTemplate<unsigned int> {
-public:
-    XmlStringRefImpl() = default;
-    explicit XmlStringRefImpl(QString text) : mText(std::move(text)) {}
-
-    QString mText;
-};
 
 XmlStringRef::XmlStringRef() : mImpl(new XmlStringRefImpl) {}
 XmlStringRef::XmlStringRef(XmlStringRefImpl *impl) : mImpl(impl) {}
@@ -69,34 +49,6 @@ unsigned int XmlStringRef::hashCode() const {
     return hsl_hash_n_bytes(0, &mImpl->mText, sizeof(QString));
 }
 
-class XmlReaderImpl : public ReferencedTemplate<unsigned int> {
-public:
-    explicit XmlReaderImpl(char const *target) : mFile(QFile::decodeName(target)) {}
-
-    static XmlStringRef ref(QStringView text) {
-        return XmlStringRef(new XmlStringRefImpl(text.toString()));
-    }
-
-    // The part before the one ":" of a qualified name. References hold their own text, so the
-    // answer stays readable after the next such call.
-    static XmlStringRef prefixOf(QStringView qualifiedName) {
-        const qsizetype colon = qualifiedName.indexOf(u':');
-        if (colon < 0 || qualifiedName.indexOf(u':', colon + 1) >= 0) {
-            return XmlStringRef();
-        }
-        return ref(qualifiedName.left(colon));
-    }
-
-    QFile mFile;
-    QFileInfo mFileInfo;
-    // The document, read whole up to the size bound, and the device the parser reads it from.
-    QByteArray mContent;
-    QBuffer mBuffer;
-    QXmlStreamReader mReader;
-    QXmlStreamAttributes mAttributes;
-    QXmlStreamNamespaceDeclarations mNamespaces;
-};
-
 XmlReader::XmlReader(char const *target, XmlReaderSettings const &settings)
     : mSettings(settings), mImpl(new XmlReaderImpl(target)) {
     XmlReaderImpl &d = *mImpl;
@@ -107,19 +59,27 @@ XmlReader::XmlReader(char const *target, XmlReaderSettings const &settings)
                                        target + " : " + d.mFile.errorString().toStdString()));
     }
     d.mFileInfo = QFileInfo(d.mFile);
-    // One byte past the bound tells an oversized document from one that just fits, and the
-    // bound holds for devices that report no size, such as pipes.
-    d.mContent = d.mFile.read(static_cast<qint64>(MAX_DOCUMENT_BYTES) + 1);
-    if (static_cast<std::uint64_t>(d.mContent.size()) > MAX_DOCUMENT_BYTES) {
+    QIODevice *device = &d.mFile;
+    bool tooLarge = false;
+    if (d.mFile.isSequential()) {
+        // A pipe or a device tells no size: it is read ahead, one byte past the bound.
+        d.mContent = d.mFile.read(static_cast<qint64>(MAX_DOCUMENT_BYTES) + 1);
+        tooLarge = static_cast<std::uint64_t>(d.mContent.size()) > MAX_DOCUMENT_BYTES;
+        d.mBuffer.setBuffer(&d.mContent);
+        d.mBuffer.open(QIODevice::ReadOnly);
+        device = &d.mBuffer;
+    } else {
+        // A file is parsed from the file itself, which Qt reads faster than a buffer.
+        tooLarge = static_cast<std::uint64_t>(d.mFile.size()) > MAX_DOCUMENT_BYTES;
+    }
+    if (tooLarge) {
         d.mContent.clear();
         d.mReader.raiseError(QStringLiteral("Document larger than %1 bytes")
                                  .arg(static_cast<qulonglong>(MAX_DOCUMENT_BYTES)));
         return;
     }
-    d.mBuffer.setBuffer(&d.mContent);
-    d.mBuffer.open(QIODevice::ReadOnly);
     // After the device: setting one starts the parser afresh, settings included.
-    d.mReader.setDevice(&d.mBuffer);
+    d.mReader.setDevice(device);
     d.mReader.setNamespaceProcessing(mSettings.getNamespaceProcessing());
 }
 
@@ -132,11 +92,7 @@ void XmlReader::close() {
 }
 
 XmlEventTypes::Type XmlReader::next() {
-    XmlReaderImpl &d = *mImpl;
-    const QXmlStreamReader::TokenType type = d.mReader.readNext();
-    d.mAttributes = d.mReader.attributes();
-    d.mNamespaces = d.mReader.namespaceDeclarations();
-    return static_cast<XmlEventTypes::Type>(type);
+    return mImpl->next();
 }
 
 XmlEventTypes::Type XmlReader::nextTag() {
@@ -253,19 +209,19 @@ int XmlReader::getAttributeCount() const {
 }
 
 XmlStringRef XmlReader::getAttributeLocalName(int index) const {
-    return XmlReaderImpl::ref(mImpl->mAttributes[index].name());
+    return XmlReaderImpl::ref(mImpl->mAttributes.at(index).name());
 }
 
 XmlStringRef XmlReader::getAttributeNamespace(int index) const {
-    return XmlReaderImpl::ref(mImpl->mAttributes[index].namespaceUri());
+    return XmlReaderImpl::ref(mImpl->mAttributes.at(index).namespaceUri());
 }
 
 XmlStringRef XmlReader::getAttributeValue(int index) const {
-    return XmlReaderImpl::ref(mImpl->mAttributes[index].value());
+    return XmlReaderImpl::ref(mImpl->mAttributes.at(index).value());
 }
 
 XmlStringRef XmlReader::getAttributePrefix(int index) const {
-    return XmlReaderImpl::prefixOf(mImpl->mAttributes[index].qualifiedName());
+    return XmlReaderImpl::prefixOf(mImpl->mAttributes.at(index).qualifiedName());
 }
 
 QName XmlReader::getAttributeName(int index) const {
@@ -274,14 +230,14 @@ QName XmlReader::getAttributeName(int index) const {
 }
 
 bool XmlReader::isAttributeSpecified(int index) const {
-    return !mImpl->mAttributes[index].isDefault();
+    return !mImpl->mAttributes.at(index).isDefault();
 }
 
 XmlStringRef XmlReader::getAttributeValue(std::string const &namespaceURI,
                                           std::string const &localName) const {
     const QString uri = QString::fromStdString(namespaceURI);
     const QString name = QString::fromStdString(localName);
-    for (QXmlStreamAttribute const &attribute : mImpl->mAttributes) {
+    for (QXmlStreamAttribute const &attribute : std::as_const(mImpl->mAttributes)) {
         if (attribute.namespaceUri() == uri && attribute.name() == name) {
             return XmlReaderImpl::ref(attribute.value());
         }
@@ -291,7 +247,7 @@ XmlStringRef XmlReader::getAttributeValue(std::string const &namespaceURI,
 
 XmlStringRef XmlReader::getAttributeValue(XmlStringRef const &namespaceURI,
                                           XmlStringRef const &localName) const {
-    for (QXmlStreamAttribute const &attribute : mImpl->mAttributes) {
+    for (QXmlStreamAttribute const &attribute : std::as_const(mImpl->mAttributes)) {
         if (XmlReaderImpl::ref(attribute.namespaceUri()) == namespaceURI &&
             XmlReaderImpl::ref(attribute.name()) == localName) {
             return XmlReaderImpl::ref(attribute.value());
@@ -305,16 +261,16 @@ int XmlReader::getNamespaceCount() const {
 }
 
 XmlStringRef XmlReader::getNamespacePrefix(int index) const {
-    return XmlReaderImpl::ref(mImpl->mNamespaces[index].prefix());
+    return XmlReaderImpl::ref(mImpl->mNamespaces.at(index).prefix());
 }
 
 XmlStringRef XmlReader::getNamespaceURI(int index) const {
-    return XmlReaderImpl::ref(mImpl->mNamespaces[index].namespaceUri());
+    return XmlReaderImpl::ref(mImpl->mNamespaces.at(index).namespaceUri());
 }
 
 XmlStringRef XmlReader::getNamespaceURI(std::string const &prefix) const {
     const QString wanted = QString::fromStdString(prefix);
-    for (QXmlStreamNamespaceDeclaration const &declaration : mImpl->mNamespaces) {
+    for (QXmlStreamNamespaceDeclaration const &declaration : std::as_const(mImpl->mNamespaces)) {
         if (declaration.prefix() == wanted) {
             return XmlReaderImpl::ref(declaration.prefix());
         }
@@ -323,7 +279,7 @@ XmlStringRef XmlReader::getNamespaceURI(std::string const &prefix) const {
 }
 
 XmlStringRef XmlReader::getNamespaceURI(XmlStringRef const &prefix) const {
-    for (QXmlStreamNamespaceDeclaration const &declaration : mImpl->mNamespaces) {
+    for (QXmlStreamNamespaceDeclaration const &declaration : std::as_const(mImpl->mNamespaces)) {
         if (XmlReaderImpl::ref(declaration.prefix()) == prefix) {
             return XmlReaderImpl::ref(declaration.prefix());
         }

@@ -164,6 +164,9 @@ TEST(Uri, LocalFilesAreMadeAbsoluteAndCanonicalWhenTheFolderExists) {
         {root + QStringLiteral("/Ünïcødé/ç.xml"), root + QStringLiteral("/Ünïcødé/ç.xml")},
         // No such folder: absolute, but left as it was written.
         {root + QStringLiteral("/none/../x.xml"), root + QStringLiteral("/none/../x.xml")},
+        // Two slashes lead to the root here, not to a network share.
+        {QStringLiteral("//none-") + root + QStringLiteral("/x.xml"),
+         QStringLiteral("/none-") + root + QStringLiteral("/x.xml")},
     };
     for (Row const &row : rows) {
         SCOPED_TRACE(row.given.toStdString());

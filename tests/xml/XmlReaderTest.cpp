@@ -277,4 +277,9 @@ TEST(XmlReader, BoundsEntityExpansionAndDocumentSize) {
     EXPECT_FALSE(large.hasNext());
     EXPECT_EQ(large.next(), XmlEventTypes::Invalid);
     EXPECT_EQ(large.error(), "Document larger than 16777216 bytes");
+
+    // A device that tells no size and never ends is read as far as the bound, and no further.
+    XmlReader endless("/dev/zero");
+    EXPECT_FALSE(endless.hasNext());
+    EXPECT_EQ(endless.error(), "Document larger than 16777216 bytes");
 }

@@ -168,6 +168,8 @@ protected:
 
 private:
     struct LoadState;
+    bool doLoadAttribute(std::string const &parentName, std::string &&attributeName,
+                         std::string &&value, bool &isDataList);
     template <typename T>
     T attributeAs(std::string const &name, T const &defaultValue, bool flag, bool *found) const;
     bool doLoadXML(std::string const &parentName, XmlReader &reader, NodeMap &nodes,

@@ -7,9 +7,10 @@
 //
 // Failure: a file that cannot be opened throws `TypedException<SimpleErrorDescription>` from the
 // constructor. A parse error never throws: the event becomes `Invalid`, `hasError` turns true,
-// `error` has the parser's text and `getLocation` tells where. A document is read whole into
-// memory, up to `MAX_DOCUMENT_BYTES`; a larger one reads as nothing but that error, so no file
-// makes the reader hold more. Entities may expand to at most 4096 characters each.
+// `error` has the parser's text and `getLocation` tells where. A document above
+// `MAX_DOCUMENT_BYTES` reads as nothing but that error (a file by its size, a pipe once that
+// much was read), so no file makes the reader hold more. Entities may expand to at most 4096
+// characters each.
 //
 // Ownership: copies of a reader share one implementation, and so one cursor. An `XmlStringRef`
 // belongs to the event that gave it: it is meant to be read before the reader moves on.
@@ -104,6 +105,9 @@ private:
 
 class XmlStringRefImpl;
 class XmlReaderImpl;
+namespace XMLDB {
+struct DataNode;
+}
 
 // A cheap handle on a text of the reader. Copies share one implementation.
 class VORT_EXPORT XmlStringRef {
@@ -225,6 +229,9 @@ public:
     XmlStringRef getNamespaceURI(XmlStringRef const &prefix) const;
 
 private:
+    // The configuration loader reads the parser directly.
+    friend struct XMLDB::DataNode;
+
     XmlReaderSettings mSettings;
     Holder<XmlReaderImpl> mImpl;
 };
