@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <sstream>
 
@@ -11,93 +10,60 @@ using VORT::Color;
 using VORT::ColorType;
 
 TEST(Color, ComponentsRoundHalfUpAndClamp) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
     struct Row {
         double red, green, blue, alpha;
         unsigned int rgba;
     };
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const double inf = std::numeric_limits<double>::infinity();
     const Row rows[] = {
         {1.0, 0.0, 0.0, 1.0, 0xFF0000FFu},
         {2.0, -1.0, 0.5, 0.0, 0xFF008000u},
         // 0.998 * 255 = 254.49: plus 0.5 truncates to 254.
-        {0.998, 0.999, 1.0 / 255, 0.5 / 255, 0xFEFF0101u},
-        {0.4999 / 255, 254.5 / 255, -0.001, 1e300, 0x00FF00FFu},
-        {nan, inf, -inf, 1e-300, 0x00FF0000u},
+        {0.998, 0.999, 1.0 / 255, 0.4999 / 255, 0xFEFF0100u},
+        {nan, 1e300, -1e300, 254.5 / 255, 0x00FF00FFu},
     };
     for (Row const &row : rows) {
-        const Color color(row.red, row.green, row.blue, row.alpha);
-        EXPECT_EQ(color.getAsRgba(), row.rgba) << std::hex << row.rgba;
-        Color set;
-        set.setRGBA(row.red, row.green, row.blue, row.alpha);
-        EXPECT_EQ(set, color);
+        EXPECT_EQ(Color(row.red, row.green, row.blue, row.alpha).getAsRgba(), row.rgba);
     }
-    // Every byte survives its own fraction.
     for (int byte = 0; byte < 256; ++byte) {
-        const Color color(byte / 255.0, byte / 255.0, byte / 255.0, byte / 255.0);
+        const Color color(byte / 255.0, 0, 0, byte / 255.0);
         ASSERT_EQ(color.red(), byte);
         ASSERT_EQ(color.alpha(), byte);
+        ASSERT_EQ(color.redF(), byte / 255.0);
     }
 }
 
-TEST(Color, DefaultIsNearlyTransparentBlackAndBytesReadOut) {
-    const Color standard;
-    EXPECT_EQ(standard.getAsRgba(), 0x00000001u);
-    EXPECT_EQ(standard.red(), 0);
-    EXPECT_EQ(standard.alpha(), 1);
-    EXPECT_DOUBLE_EQ(standard.alphaF(), 1 / 255.0);
-
+TEST(Color, DefaultIsNearlyTransparentBlackAndWordsCompareRedFirst) {
+    EXPECT_EQ(Color().getAsRgba(), 0x00000001u);
+    EXPECT_EQ(Color().alpha(), 1);
+    EXPECT_EQ(Color().red(), 0);
     Color color;
     color.setRGBAFromPackedValue(0x11223344u);
-    EXPECT_EQ(color.red(), 0x11);
-    EXPECT_EQ(color.green(), 0x22);
-    EXPECT_EQ(color.blue(), 0x33);
-    EXPECT_EQ(color.alpha(), 0x44);
-    EXPECT_DOUBLE_EQ(color.redF(), 0x11 / 255.0);
-    EXPECT_DOUBLE_EQ(color.greenF(), 0x22 / 255.0);
-    EXPECT_DOUBLE_EQ(color.blueF(), 0x33 / 255.0);
-    EXPECT_DOUBLE_EQ(color.alphaF(), 0x44 / 255.0);
-}
+    EXPECT_EQ(color.red() * 1000000 + color.green() * 10000 + color.blue() * 100 + color.alpha(),
+              0x11 * 1000000 + 0x22 * 10000 + 0x33 * 100 + 0x44);
+    EXPECT_DOUBLE_EQ(color.greenF() + color.blueF() + color.alphaF(), (0x22 + 0x33 + 0x44) / 255.0);
 
-TEST(Color, ComparesTheWordsRedFirst) {
     Color high;
     high.setRGBAFromPackedValue(0x01000000u);
     Color low;
     low.setRGBAFromPackedValue(0x00FFFFFFu);
-    EXPECT_TRUE(low < high);
-    EXPECT_TRUE(high > low);
-    EXPECT_FALSE(high < low);
-    EXPECT_FALSE(low > high);
-    EXPECT_TRUE(high != low);
-    EXPECT_FALSE(high == low);
-    EXPECT_FALSE(high < high);
-    EXPECT_FALSE(high > high);
-    EXPECT_TRUE(high == Color(1 / 255.0, 0, 0, 0));
+    EXPECT_TRUE(low < high && high > low && high != low);
+    EXPECT_FALSE(high < low || low > high || high == low || high < high || high > high);
 }
 
 TEST(Color, StreamsCarryFourDoublesWithAnySeparator) {
     std::ostringstream out;
     out << Color(1.0, 0.0, 128 / 255.0, 1.0);
     EXPECT_EQ(out.str(), "1,0,0.501961,1");
-
-    struct Row {
-        const char *text;
-        unsigned int rgba;
-        bool fails;
-    };
-    const Row rows[] = {
-        {"1,0,0.501961,1", 0xFF0080FFu, false},
-        {" 0 ; 1 / 0 x 0.5", 0x00FF0080u, false},
-        // A failed read still sets the colour, from the components read so far.
-        {"1,1", 0xFFFF0000u, true},
-        {"", 0x00000000u, true},
-    };
-    for (Row const &row : rows) {
-        std::istringstream in(row.text);
+    // A failed read still sets the colour, from the components read so far.
+    const std::pair<const char *, unsigned int> rows[] = {
+        {" 0 ; 1 / 0 x 0.5", 0x00FF0080u}, {"1,1", 0xFFFF0000u}, {"", 0x00000000u}};
+    for (auto const &row : rows) {
+        std::istringstream in(row.first);
         Color color;
         in >> color;
-        EXPECT_EQ(color.getAsRgba(), row.rgba) << row.text;
-        EXPECT_EQ(in.fail(), row.fails) << row.text;
+        EXPECT_EQ(color.getAsRgba(), row.second) << row.first;
+        EXPECT_EQ(in.fail(), row.second != 0x00FF0080u) << row.first;
     }
 }
 
@@ -105,15 +71,10 @@ TEST(ColorType, ComparesByTheAlphaFlag) {
     EXPECT_TRUE(ColorType::Create(false) < ColorType::Create(true));
     EXPECT_FALSE(ColorType::Create(true) < ColorType::Create(false));
     EXPECT_FALSE(ColorType::Create(true) < ColorType::Create(true));
-    EXPECT_FALSE(ColorType::Create(false) < ColorType::Create(false));
-    EXPECT_TRUE(ColorType::Create(true) == ColorType::Create(true));
     EXPECT_TRUE(ColorType::Create(false) == ColorType::Create(false));
     EXPECT_FALSE(ColorType::Create(true) == ColorType::Create(false));
-
-    EXPECT_TRUE(ColorType::UsesAlpha(ColorType::Create(true)));
-    EXPECT_FALSE(ColorType::UsesAlpha(ColorType::Create(false)));
     // The flag survives the clone that a copy makes.
     const VORT::TypeInfo copy(ColorType::Create(false));
     EXPECT_FALSE(ColorType::UsesAlpha(copy));
-    EXPECT_TRUE(ColorType::Is(copy));
+    EXPECT_TRUE(ColorType::UsesAlpha(ColorType::Create(true)));
 }

@@ -11,26 +11,22 @@
 
 namespace vort_test {
 
-// "01 00 ff" -> the three bytes; blanks are ignored.
+// "01 00 ff" -> the three bytes.
 inline VORT::ByteArray hexBytes(std::string const &hex) {
     std::string bytes;
     std::istringstream in(hex);
-    std::string pair;
-    while (in >> pair) {
+    for (std::string pair; in >> pair;) {
         bytes += static_cast<char>(std::strtoul(pair.c_str(), nullptr, 16));
     }
     return VORT::ByteArray(bytes.data(), static_cast<unsigned int>(bytes.size()));
 }
 
+// The bytes as hexBytes takes them, upper case.
 inline std::string hexOf(VORT::ByteArray const &bytes) {
-    static const char digits[] = "0123456789ABCDEF";
     std::string text;
     for (unsigned int index = 0; index < bytes.size(); ++index) {
-        if (index > 0) {
-            text += ' ';
-        }
-        text += digits[bytes[index] >> 4];
-        text += digits[bytes[index] & 0xF];
+        text += (index > 0 ? " " : "") + std::string(1, "0123456789ABCDEF"[bytes[index] >> 4]) +
+                "0123456789ABCDEF"[bytes[index] & 0xF];
     }
     return text;
 }
@@ -42,10 +38,8 @@ struct ReadResult {
 
 inline ReadResult readText(VORT::TypeInfo const &type, std::string const &text) {
     VORT::ErrorHolder error;
-    ReadResult result;
-    result.value = type.convertFromString(text, error);
-    result.message = error.what();
-    return result;
+    VORT::any value = type.convertFromString(text, error);
+    return ReadResult{value, error.what()};
 }
 
 }  // namespace vort_test
