@@ -36,6 +36,8 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/instrumentation/ScopedDebugTimer.h>
+#include <vort/instrumentation/TimeAccumulator.h>
 #include <vort/messaging/Connection.h>
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Gate.h>
@@ -46,6 +48,7 @@
 #include <vort/messaging/TessarTimer.h>
 #include <vort/messaging/Thread.h>
 #include <vort/messaging/ThrottledCallback.h>
+#include <vort/preferences/VTPreferences.h>
 #include <vort/services/ApplicationContext.h>
 #include <vort/services/ErrorHandling.h>
 #include <vort/services/EventLoopTickling.h>
@@ -66,6 +69,8 @@
 #include <vort/types/EnumType.h>
 #include <vort/types/Enumerations.h>
 #include <vort/types/FloatType.h>
+#include <vort/types/Gradient.h>
+#include <vort/types/GradientType.h>
 #include <vort/types/IntType.h>
 #include <vort/types/MD5Hash.h>
 #include <vort/types/MD5HashType.h>
@@ -80,5 +85,11 @@
 #include <vort/types/TypeBase.h>
 #include <vort/types/VTPoint.h>
 #include <vort/types/VectorType.h>
+#include <vort/xml/DataNode.h>
+#include <vort/xml/Database.h>
+#include <vort/xml/Uri.h>
+#include <vort/xml/XmlConstants.h>
+#include <vort/xml/XmlReader.h>
+#include <vort/xml/XmlWriter.h>
 
 #endif  // VORT_VORT_H
