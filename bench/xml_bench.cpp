@@ -22,8 +22,8 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstddef>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <random>
