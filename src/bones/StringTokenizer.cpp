@@ -70,29 +70,34 @@ StringTokenizer::StringTokenizer(std::string const &text, std::string const &del
 }
 
 int StringTokenizer::countTokens() const {
-    if (m_text.empty()) {
+    if (!hasMoreTokens()) {
         return 0;
     }
     int count = 1;
-    for (std::string::size_type found = m_text.find(m_delimiter); found != std::string::npos;
-         found = m_text.find(m_delimiter, found + m_delimiter.size())) {
+    for (std::string::size_type found = m_text.find(m_delimiter, m_position);
+         found != std::string::npos; found = m_text.find(m_delimiter, found + m_delimiter.size())) {
         ++count;
     }
     return count;
 }
 
 std::string StringTokenizer::take(std::string const &delimiter, bool markTail) {
-    std::string token;
+    if (!hasMoreTokens()) {
+        return std::string();
+    }
     const std::string::size_type found =
-        delimiter.empty() ? std::string::npos : m_text.find(delimiter);
+        delimiter.empty() ? std::string::npos : m_text.find(delimiter, m_position);
     if (found == std::string::npos) {
-        token.swap(m_text);
+        std::string token(m_text, m_position);
+        m_text.clear();
+        m_position = 0;
         return token;
     }
-    token.assign(m_text, 0, found);
-    m_text.erase(0, found + delimiter.size());
-    if (markTail && m_text.empty() && !token.empty()) {
+    std::string token(m_text, m_position, found - m_position);
+    m_position = found + delimiter.size();
+    if (markTail && m_position == m_text.size() && !token.empty()) {
         m_text.assign(1, '/');
+        m_position = 0;
     }
     return token;
 }

@@ -1,8 +1,9 @@
 // `VORT::StringTokenizer`: splits a text at a delimiter that is a whole string, not a set of
 // characters.
 //
-// The tokenizer holds what is left of the text and hands it out token by token, so a copy goes
-// on from where the original stood and then keeps its own position.
+// The tokenizer holds the text and where it stands in it, and hands the text out token by token;
+// a copy goes on from where the original stood and then keeps its own position. Taking a token
+// costs its own length, not the length of what is left.
 //
 // Quirk kept on purpose: when `nextToken()` takes a token that ends the text at a delimiter, it
 // leaves the one-character text "/" behind, whatever the delimiter is. So without `trim` a text
@@ -31,7 +32,7 @@ public:
     // overlap). Consumes nothing. A count, not a promise: a text that ends in an empty token
     // and a delimiter ("," or "a,,") yields one token fewer than it counts.
     int countTokens() const;
-    bool hasMoreTokens() const { return !m_text.empty(); }
+    bool hasMoreTokens() const { return m_position < m_text.size(); }
 
     // The text up to the next delimiter, or all that is left; "" once nothing is left.
     std::string nextToken();
@@ -47,13 +48,14 @@ public:
     // erased; an empty `filter` erases nothing.
     std::string filterNextToken(std::string const &filter);
 
-    std::string remainingString() const { return m_text; }
+    std::string remainingString() const { return m_text.substr(m_position); }
 
 private:
     std::string take(std::string const &delimiter, bool markTail);
 
-    std::string m_text;  // what is left
+    std::string m_text;  // what is left starts at `m_position`
     std::string m_delimiter;
+    std::string::size_type m_position = 0;
 };
 
 }  // namespace VORT

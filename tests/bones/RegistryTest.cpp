@@ -1,0 +1,134 @@
+#include <vort/bones/Library.h>
+#include <vort/bones/Registry.h>
+#include <vort/err/ZQFErrorDescription.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using VORT::ErrorHolder;
+using VORT::Package;
+using VORT::PackageName;
+using VORT::PackagePath;
+using VORT::Registry;
+using VORT::StringID;
+
+namespace {
+
+PackagePath path(const char *text) {
+    return PackagePath(StringID(text));
+}
+
+class Factory : public VORT::ClassFactoryBase {
+public:
+    Factory() { ++live; }
+    ~Factory() override { --live; }
+    static inline int live = 0;
+};
+
+}  // namespace
+
+TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
+    Registry universe(PackageName(StringID("root")));
+    Package *root = universe.getRootPackage();
+    ErrorHolder error;
+    EXPECT_EQ(universe.findPackage(path("root"), error), root);
+    EXPECT_EQ(universe.createPackage(path("root"), error), root);
+    EXPECT_FALSE(root->isRoot());  // only the empty path is a root by that test
+    EXPECT_EQ(root->getUniverse(), &universe);
+
+    Package *b = universe.createPackage(path("root.a.b"), error);
+    ASSERT_NE(b, nullptr);
+    ASSERT_FALSE(error.hasError());
+    Package *a = universe.findPackage(path("root.a"), error);
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(b->getParent(), a);
+    EXPECT_EQ(a->getParent(), root);
+    EXPECT_EQ(b->getPath().toString() + "|" + b->getName().toString(), "root.a.b|b");
+    EXPECT_EQ(b->getUniverse(), &universe);
+    ASSERT_EQ(a->getChildren().size(), 1);
+    EXPECT_EQ(a->getChildren()[0].get(), b);
+    EXPECT_EQ(b->getResolveRoutes().value(0), a);
+    EXPECT_TRUE(b->getBaseClassNames().isEmpty());
+
+    // An existing path gives its package and makes nothing.
+    EXPECT_EQ(universe.createPackage(path("root.a.b"), error), b);
+    universe.createPackage(path("root.a.c"), error);
+    EXPECT_EQ(a->getChildren().size(), 2);
+    EXPECT_EQ(root->getChildren().size(), 1);
+}
+
+TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
+    initialize_vort_util();
+    Registry universe(PackageName(StringID("root")));
+    ErrorHolder error;
+    EXPECT_EQ(universe.findPackage(path("root.x"), error), nullptr);
+    EXPECT_EQ(error.what(), "Package 'root.x' not found.");
+    auto *missing = dynamic_cast<VORT::ZQFErrorType<0x5A0007> *>(error.description());
+    ASSERT_NE(missing, nullptr);
+    EXPECT_EQ(missing->where().file() + ":" + std::to_string(missing->where().line()),
+              ".\\bones\\Registry:61");
+
+    // Found: the holder is left alone.
+    EXPECT_EQ(universe.findPackage(path("root"), error), universe.getRootPackage());
+    EXPECT_TRUE(error.hasError());
+
+    error.clear();
+    EXPECT_EQ(universe.createPackage(path("a.b"), error), nullptr);
+    EXPECT_EQ(error.what(), "Package '' cannot be registered in Universe with root root.");
+    auto *unplaced = dynamic_cast<VORT::ZQFErrorType<0x5A0008> *>(error.description());
+    ASSERT_NE(unplaced, nullptr);
+    EXPECT_EQ(unplaced->where().line(), 40u);
+    EXPECT_EQ(universe.findPackage(path("a"), error), nullptr);  // nothing was made
+
+    // An old error in the holder makes an existing package look missing: it is made anew.
+    error.clear();
+    Package *first = universe.createPackage(path("root.p"), error);
+    error.setError(VORT::SimpleErrorDescription(VORT::CodeLocation("here", 1), "stale"));
+    Package *remade = universe.createPackage(path("root.p"), error);
+    EXPECT_FALSE(error.hasError());
+    EXPECT_NE(remade, first);
+    EXPECT_EQ(universe.findPackage(path("root.p"), error), remade);
+    EXPECT_EQ(universe.getRootPackage()->getChildren().size(), 2);
+}
+
+TEST(Registry, AnUnnamedRootTakesEveryPathButKeysDiffer) {
+    Registry universe{PackageName()};
+    ErrorHolder error;
+    Package *a = universe.createPackage(path("a"), error);
+    ASSERT_NE(a, nullptr);
+    EXPECT_TRUE(universe.getRootPackage()->isRoot());
+    EXPECT_EQ(a->getPath(), path(".a"));
+    EXPECT_EQ(universe.findPackage(path("a"), error), a);
+    EXPECT_EQ(universe.findPackage(path(".a"), error), nullptr);
+    EXPECT_EQ(universe.createPackage(path(""), error), universe.getRootPackage());
+}
+
+TEST(Registry, PackagesOwnTheirFactoriesAndRegisterTheirClass) {
+    {
+        Registry universe(PackageName(StringID("root")));
+        ErrorHolder error;
+        Package *a = universe.createPackage(path("root.a"), error);
+        Package *b = universe.createPackage(path("root.b"), error);
+        a->baseClasses().insert(VORT::ClassName(StringID("F")), new Factory);
+        a->baseClasses().insert(VORT::ClassName(StringID("G")), new Factory);
+        b->baseClasses().insert(VORT::ClassName(StringID("H")), new Factory);
+        EXPECT_EQ(a->getBaseClassNames().size(), 2);
+        // b takes a's tables (and its count, 2 like its own): b's factory goes, a's are shared.
+        *b = *a;
+        EXPECT_EQ(Factory::live, 2);
+        EXPECT_EQ(b->getBaseClassNames().size(), 2);
+
+        VORT::ClassRegistration<Package>::registerIn(a);
+        EXPECT_EQ(Package::staticGetClassName().toString(), "Package");
+        EXPECT_EQ(b->getClassPath().toString(), "root.a:Package");
+        EXPECT_EQ(b->getPackage(), a);
+
+        // A copy of the registry shares the packages, which still point at the first.
+        const Registry copy(universe);
+        EXPECT_EQ(copy.getRootPackage(), universe.getRootPackage());
+        EXPECT_EQ(copy.findPackage(path("root.a"), error), a);
+        EXPECT_EQ(a->getUniverse(), &universe);
+    }
+    EXPECT_EQ(Factory::live, 0);
+}
