@@ -49,12 +49,16 @@ public:
 
     XmlEventTypes::Type next() {
         // The snapshots let go of the parser's lists first, so that the parser refills them in
-        // place instead of copying them away from a reader that still shares them.
+        // place instead of copying them away from a reader that still shares them. Only a start
+        // element has attributes or declarations; for every other event Qt's lists are empty,
+        // and the snapshots stay so without asking.
         mAttributes = QXmlStreamAttributes();
         mNamespaces = QXmlStreamNamespaceDeclarations();
         const QXmlStreamReader::TokenType type = mReader.readNext();
-        mAttributes = mReader.attributes();
-        mNamespaces = mReader.namespaceDeclarations();
+        if (type == QXmlStreamReader::StartElement) {
+            mAttributes = mReader.attributes();
+            mNamespaces = mReader.namespaceDeclarations();
+        }
         return static_cast<XmlEventTypes::Type>(type);
     }
 

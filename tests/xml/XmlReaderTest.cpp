@@ -156,7 +156,6 @@ TEST(XmlReader, PrefixesWorkOnTheWrittenNameEvenWithoutNamespaceProcessing) {
     EXPECT_TRUE(reader.getAttributePrefix(1).isNull());
     ASSERT_EQ(reader.next(), XmlEventTypes::StartElement);
     EXPECT_TRUE(reader.getPrefix().isNull());
-    EXPECT_TRUE(XmlReaderSettings().getNamespaceProcessing());
 }
 
 TEST(XmlReader, NextTagSkipsToTheEndTagAndKeepsTheSnapshot) {

@@ -166,14 +166,8 @@ TEST(XmlWriter, FormatsFlushesAndKeepsTheCodecNameButWritesUtf8) {
         EXPECT_EQ(folder.read("f.xml"), kDeclaration + "\n<a>\n    <b>é</b>");
         writer.writeEndDocument();
         writer.close();
-        EXPECT_THROW(XmlWriter(folder.path("none/x.xml").c_str()), VORT::Exception);
     }
     EXPECT_EQ(folder.read("f.xml"), kDeclaration + "\n<a>\n    <b>é</b>\n</a>\n");
-    const XmlWriterSettings defaults;
-    EXPECT_TRUE(defaults.getAutoFormat());
-    EXPECT_STREQ(defaults.getCodec(), "UTF-8");
-    EXPECT_FALSE(defaults.getAutoFlush());
-    EXPECT_STREQ(XmlWriterSettings(true, "utf-8").getCodec(), "utf-8");
 
     try {
         XmlWriter writer(folder.path("no/such/folder.xml").c_str());
