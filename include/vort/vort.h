@@ -28,6 +28,7 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/image/Pixmap.h>
 #include <vort/messaging/Connection.h>
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Gate.h>
@@ -54,6 +55,7 @@
 #include <vort/types/ByteArrayType.h>
 #include <vort/types/MD5Hash.h>
 #include <vort/types/MD5HashType.h>
+#include <vort/types/PixmapType.h>
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
 
