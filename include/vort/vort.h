@@ -28,6 +28,8 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/image/ImageKey.h>
+#include <vort/image/Mode.h>
 #include <vort/image/Pixmap.h>
 #include <vort/messaging/Connection.h>
 #include <vort/messaging/Emitter.h>

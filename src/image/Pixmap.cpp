@@ -14,7 +14,7 @@ namespace VORT {
 namespace {
 
 // A text that claims a larger image than this is refused rather than allocated: 256 MiB of
-// ARGB32, the same bound that Qt's image readers keep by default.
+// ARGB32, the bound that `PixmapType` keeps for PNG bytes as well.
 const std::int64_t kMaxTextPixels = std::int64_t(64) * 1024 * 1024;
 
 const QRgb kOpaque = 0xFF000000u;
