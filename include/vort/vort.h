@@ -55,10 +55,14 @@
 #include <vort/services/VTService.h>
 #include <vort/types/BoolType.h>
 #include <vort/types/ByteArrayType.h>
+#include <vort/types/Color.h>
+#include <vort/types/ColorType.h>
 #include <vort/types/MD5Hash.h>
 #include <vort/types/MD5HashType.h>
 #include <vort/types/PixmapType.h>
+#include <vort/types/PointType.h>
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
+#include <vort/types/VTPoint.h>
 
 #endif  // VORT_VORT_H

@@ -32,6 +32,7 @@ ByteArray BoolType::convertToByteArray(any const &value) const {
     return ByteArray(1u, static_cast<unsigned char>(any_cast<bool>(value) ? 1 : 0));
 }
 
+template class TypeFamily<BoolType>;
 template class TypeBase<BoolType, bool>;
 
 }  // namespace VORT

@@ -52,6 +52,7 @@ ByteArray ByteArrayType::convertToByteArray(any const &value) const {
     return any_cast<ByteArray>(value);
 }
 
+template class TypeFamily<ByteArrayType>;
 template class TypeBase<ByteArrayType, ByteArray>;
 
 }  // namespace VORT

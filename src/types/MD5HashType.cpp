@@ -23,6 +23,7 @@ ByteArray MD5HashType::convertToByteArray(any const &value) const {
     return MD5Hash::convertToByteArray(value);
 }
 
+template class TypeFamily<MD5HashType>;
 template class TypeBase<MD5HashType, MD5Hash>;
 
 }  // namespace VORT

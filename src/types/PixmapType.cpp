@@ -72,6 +72,7 @@ ByteArray PixmapType::convertToByteArray(any const &value) const {
     return ByteArray(png.constData(), static_cast<unsigned int>(png.size()));
 }
 
+template class TypeFamily<PixmapType>;
 template class TypeBase<PixmapType, Pixmap>;
 
 }  // namespace VORT

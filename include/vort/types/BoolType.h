@@ -23,6 +23,7 @@ protected:
     BoolType *clone() const override { return new BoolType(*this); }
 };
 
+extern template class TypeFamily<BoolType>;
 extern template class TypeBase<BoolType, bool>;
 
 }  // namespace VORT

@@ -26,6 +26,7 @@ protected:
     ByteArrayType *clone() const override { return new ByteArrayType(*this); }
 };
 
+extern template class TypeFamily<ByteArrayType>;
 extern template class TypeBase<ByteArrayType, ByteArray>;
 
 }  // namespace VORT

@@ -23,6 +23,7 @@ protected:
     MD5HashType *clone() const override { return new MD5HashType(*this); }
 };
 
+extern template class TypeFamily<MD5HashType>;
 extern template class TypeBase<MD5HashType, MD5Hash>;
 
 }  // namespace VORT

@@ -29,6 +29,7 @@ protected:
     PixmapType *clone() const override { return new PixmapType(*this); }
 };
 
+extern template class TypeFamily<PixmapType>;
 extern template class TypeBase<PixmapType, Pixmap>;
 
 }  // namespace VORT

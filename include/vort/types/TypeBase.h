@@ -1,16 +1,21 @@
-// `VORT::TypeBase<Derived, Value>`: the part of a concrete member of the type family that is the
-// same in every member, written once. `Derived` is the concrete class itself and `Value` the
-// class it carries in its `any`s.
+// `VORT::TypeFamily<Derived>` and `VORT::TypeBase<Derived, Value>`: the parts of a member of the
+// type family that are the same in every member, written once. `Derived` is the class itself
+// and `Value` the class it carries in its `any`s.
 //
-// It gives `Derived` the statics `Create`, `Is` and `GetType`, and the bodies that a type without
-// parameters shares: the default value is a value-initialized `Value`, a valid `any` holds
-// exactly `Value`, every two objects are equal and none is less than another. A member keeps its
-// own reading and writing, its own `clone` (so that the return type stays covariant: `Derived`
-// is incomplete inside this template, which rules out a covariant override here) and overrides
-// whatever else differs.
+// `TypeFamily` gives `Derived` the statics `Is` and `GetType` and the family's failure text. It
+// is the whole frame of a class that can't be made without arguments: the abstract bases
+// (`EnumType`, `VectorType`, whose subclasses pass `Is` of the base) and the classes with a
+// parameter (`ColorType`, whose `Create` takes the parameter).
+//
+// `TypeBase` adds what a member without parameters shares: `Create()`, a default value that is a
+// value-initialized `Value`, a valid `any` that holds exactly `Value`, every two objects equal
+// and none less than another. A member keeps its own reading and writing, its own `clone` (so
+// that the return type stays covariant: `Derived` is incomplete inside these templates, which
+// rules out a covariant override here) and overrides whatever else differs.
 //
 // A new member is declared like this, and its source file holds its four conversions and
 //
+//     template class TypeFamily<FooType>;
 //     template class TypeBase<FooType, Foo>;
 //
 // the one place where the shared code is compiled and exported:
@@ -24,10 +29,11 @@
 //         FooType *clone() const override { return new FooType(*this); }
 //     };
 //
+//     extern template class TypeFamily<FooType>;
 //     extern template class TypeBase<FooType, Foo>;
 //
-// The members are defined outside the class, so they are not inline and the explicit
-// instantiation exports them; the `extern template` keeps every other translation unit, inside
+// The members are defined outside the classes, so they are not inline and the explicit
+// instantiations export them; the `extern template`s keep every other translation unit, inside
 // the library or out, from compiling its own hidden copy.
 //
 // Thread safety, ownership and failure: as for every `Type` (see Type.h).
@@ -42,11 +48,9 @@
 
 namespace VORT {
 
-template <class Derived, class Value>
-class VORT_EXPORT TypeBase : public Type {
+template <class Derived>
+class VORT_EXPORT TypeFamily : public Type {
 public:
-    // A handle that owns a new `Derived`.
-    static TypeInfo Create();
     // Whether the type is a `Derived` (or of a class derived from it); false for null and for an
     // empty handle.
     static bool Is(Type *type);
@@ -60,7 +64,15 @@ protected:
     // empty `any`: the one shape of every reader's failure in the family.
     static any cantConvert(std::string const &text, char const *suffix, CodeLocation const &where,
                            ErrorHolder &error);
+};
 
+template <class Derived, class Value>
+class VORT_EXPORT TypeBase : public TypeFamily<Derived> {
+public:
+    // A handle that owns a new `Derived`.
+    static TypeInfo Create();
+
+protected:
     // A value-initialized `Value`.
     any defaultConstruct() const override;
     // True when `value` holds exactly a `Value`.
@@ -70,31 +82,31 @@ protected:
     bool isLessThan(Type *other) const override;
 };
 
-template <class Derived, class Value>
-TypeInfo TypeBase<Derived, Value>::Create() {
-    return CreateTypeInfo(new Derived);
-}
-
-template <class Derived, class Value>
-bool TypeBase<Derived, Value>::Is(Type *type) {
+template <class Derived>
+bool TypeFamily<Derived>::Is(Type *type) {
     return dynamic_cast<Derived *>(type) != nullptr;
 }
 
-template <class Derived, class Value>
-bool TypeBase<Derived, Value>::Is(TypeInfo const &info) {
+template <class Derived>
+bool TypeFamily<Derived>::Is(TypeInfo const &info) {
     return Is(GetBaseType(info));
 }
 
-template <class Derived, class Value>
-Derived *TypeBase<Derived, Value>::GetType(TypeInfo const &info) {
+template <class Derived>
+Derived *TypeFamily<Derived>::GetType(TypeInfo const &info) {
     return static_cast<Derived *>(GetBaseType(info));
 }
 
-template <class Derived, class Value>
-any TypeBase<Derived, Value>::cantConvert(std::string const &text, char const *suffix,
-                                          CodeLocation const &where, ErrorHolder &error) {
+template <class Derived>
+any TypeFamily<Derived>::cantConvert(std::string const &text, char const *suffix,
+                                     CodeLocation const &where, ErrorHolder &error) {
     error.setError(SimpleErrorDescription(where, "Can't convert string '" + text + suffix));
     return any();
+}
+
+template <class Derived, class Value>
+TypeInfo TypeBase<Derived, Value>::Create() {
+    return Type::CreateTypeInfo(new Derived);
 }
 
 template <class Derived, class Value>
