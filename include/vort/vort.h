@@ -28,8 +28,13 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/image/Icon.h>
 #include <vort/image/ImageKey.h>
+#include <vort/image/ImageResource.h>
+#include <vort/image/Manager.h>
 #include <vort/image/Mode.h>
+#include <vort/image/Modifier.h>
+#include <vort/image/Node.h>
 #include <vort/image/Pixmap.h>
 #include <vort/messaging/Connection.h>
 #include <vort/messaging/Emitter.h>

@@ -1,5 +1,7 @@
 #include <vort/image/ImageKey.h>
 
+#include <sstream>
+
 namespace VORT {
 namespace ImageCompositor {
 
@@ -38,6 +40,20 @@ std::string buildKey(std::string const &a, Mode const &mode) {
 std::string buildKey(std::string const &a, std::string const &b, Mode const &mode) {
     return buildKey(a, b, mode.getName().getString());
 }
+
+namespace Builders {
+
+std::string buildKeyColor(std::string const &a, Color const &color, bool toGrayscale) {
+    if (a.empty() || isKeyProper(a)) {
+        return a;
+    }
+    std::ostringstream key;
+    key << '(' << a << ";;color_modifier:;" << color.redF() << ',' << color.greenF() << ','
+        << color.blueF() << ',' << color.alphaF() << ';' << (toGrayscale ? 1 : 0) << ";)";
+    return key.str();
+}
+
+}  // namespace Builders
 
 bool parseKey(std::string const &key, std::string &a, std::string &b, std::string &modifierName,
               std::string &modifierArgs) {

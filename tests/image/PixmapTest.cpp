@@ -239,9 +239,12 @@ TEST(Pixmap, ComparesByCacheKeyThenByPixels) {
 
     copy = copy;
     EXPECT_EQ(copy.getQImage()->pixel(0, 0), 0xFF00FF00u);
+    EXPECT_TRUE(copy.hasBounds());
+    EXPECT_EQ(copy.getBounds(), VORT::VTRect<double>(0.0, 0.0, 2.0, 2.0));
     copy = unset;
     EXPECT_EQ(copy.getQImage(), nullptr);
     EXPECT_EQ(copy.getHeight(), 0);
+    EXPECT_EQ(copy.getBounds(), VORT::VTRect<double>());
 }
 
 TEST(Pixmap, SavesAndLoadsFiles) {

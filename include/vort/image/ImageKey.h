@@ -21,6 +21,7 @@
 #define VORT_IMAGE_IMAGEKEY_H
 
 #include <vort/image/Mode.h>
+#include <vort/types/Color.h>
 #include <vort/vort_export.h>
 
 #include <string>
@@ -38,6 +39,17 @@ VORT_EXPORT std::string buildKey(std::string const &a, std::string const &b, std
 // with the default composition, by the first consequence above.
 VORT_EXPORT std::string buildKey(std::string const &a, Mode const &mode);
 VORT_EXPORT std::string buildKey(std::string const &a, std::string const &b, Mode const &mode);
+
+namespace Builders {
+
+// "" for "", a key proper as it is (so a key can't be tinted through this function: the colour
+// is lost), and any other text `a` as "(a;;color_modifier:;R,G,B,A;F;)": the colour's bytes
+// divided by 255 as a default stream writes doubles (six significant digits, so 128 is
+// 0.501961), and the flag as 1 or 0. An opaque red tint of "ok.png" with the flag is
+// "(ok.png;;color_modifier:;1,0,0,1;1;)".
+VORT_EXPORT std::string buildKeyColor(std::string const &a, Color const &color, bool toGrayscale);
+
+}  // namespace Builders
 
 // Splits `key` into its four fields. The outputs are assigned only as their fields are found,
 // so callers pass empty strings. False when `key` is shorter than three characters, is not

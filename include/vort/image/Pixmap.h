@@ -25,6 +25,7 @@
 #ifndef VORT_IMAGE_PIXMAP_H
 #define VORT_IMAGE_PIXMAP_H
 
+#include <vort/types/VTPoint.h>
 #include <vort/vort_export.h>
 
 #include <cstdint>
@@ -87,6 +88,8 @@ public:
     // The held image itself, null when unset; the `Pixmap` keeps ownership.
     QImage *getQImage() const { return mImage; }
     bool hasBounds() const { return true; }
+    // From the origin, the image's size.
+    VTRect<double> getBounds() const { return VTRect<double>(0.0, 0.0, getWidth(), getHeight()); }
     // `QImage::cacheKey`; 0 when unset or null.
     std::int64_t getCacheKey() const;
 
