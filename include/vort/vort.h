@@ -62,12 +62,24 @@
 #include <vort/types/ByteArrayType.h>
 #include <vort/types/Color.h>
 #include <vort/types/ColorType.h>
+#include <vort/types/DoubleType.h>
+#include <vort/types/EnumType.h>
+#include <vort/types/Enumerations.h>
+#include <vort/types/FloatType.h>
+#include <vort/types/IntType.h>
 #include <vort/types/MD5Hash.h>
 #include <vort/types/MD5HashType.h>
+#include <vort/types/Path.h>
+#include <vort/types/PathType.h>
 #include <vort/types/PixmapType.h>
 #include <vort/types/PointType.h>
+#include <vort/types/Shape.h>
+#include <vort/types/StringType.h>
+#include <vort/types/Transform.h>
+#include <vort/types/TransformType.h>
 #include <vort/types/Type.h>
 #include <vort/types/TypeBase.h>
 #include <vort/types/VTPoint.h>
+#include <vort/types/VectorType.h>
 
 #endif  // VORT_VORT_H

@@ -1,14 +1,58 @@
 #include <vort/bones/MimeRegistry.h>
 #include <vort/types/BoolType.h>
 #include <vort/types/ByteArrayType.h>
+#include <vort/types/ColorType.h>
+#include <vort/types/DoubleType.h>
+#include <vort/types/FloatType.h>
+#include <vort/types/IntType.h>
 #include <vort/types/MD5HashType.h>
+#include <vort/types/PathType.h>
+#include <vort/types/PointType.h>
+#include <vort/types/StringType.h>
+#include <vort/types/TransformType.h>
+#include <vort/types/VectorType.h>
 
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace VORT {
 
 MimeRegistry *MimeRegistry::ms_instance = nullptr;
 Mutex MimeRegistry::ms_lock(Mutex::NonRecursive);
+
+namespace {
+
+struct MimeRow {
+    const char *name;
+    TypeInfo type;
+};
+
+// The built-in table, one row a line, in the order in which the rows are registered.
+std::vector<MimeRow> defaultTable() {
+    return {
+        {"text/plain", StringType::Create()},
+        {"text/html", StringType::Create()},
+        {"text/uri-list", SpecificVectorType<std::string>::Create(StringType::Create())},
+        {"application/x-color", ColorType::Create(true)},
+        {"cv-vort-booltype", BoolType::Create()},
+        {"cv-vort-bytearraytype", ByteArrayType::Create()},
+        {"cv-vort-colortype", ColorType::Create(true)},
+        {"cv-vort-doubletype", DoubleType::Create()},
+        {"cv-vort-floattype", FloatType::Create()},
+        {"cv-vort-inttype", IntType::Create()},
+        {"cv-vort-md5hashtype", MD5HashType::Create()},
+        {"cv-vort-pathtype", PathType::Create()},
+        {"cv-vort-ipointtype", IPointType::Create()},
+        {"cv-vort-dpointtype", DPointType::Create()},
+        {"cv-vort-irecttype", IRectType::Create()},
+        {"cv-vort-drecttype", DRectType::Create()},
+        {"cv-vort-stringtype", StringType::Create()},
+        {"cv-vort-transformtype", TransformType::Create()},
+    };
+}
+
+}  // namespace
 
 MimeRegistry::MimeRegistry() = default;
 
@@ -30,12 +74,20 @@ void MimeRegistry::registerMimeType(StringID name, TypeInfo type) {
     self()->registerMimeType_impl(name, std::move(type));
 }
 
+std::vector<StringID> MimeRegistry::defaultMimeTypes() {
+    std::vector<StringID> names;
+    for (MimeRow const &row : defaultTable()) {
+        names.emplace_back(row.name);
+    }
+    return names;
+}
+
 void MimeRegistry::initialize() {
-    // The built-in table, in its order. The first registration of a name wins, so the rows
-    // also decide what a later `registerMimeType` can't change.
-    registerMimeType_impl(StringID("cv-vort-booltype"), BoolType::Create());
-    registerMimeType_impl(StringID("cv-vort-bytearraytype"), ByteArrayType::Create());
-    registerMimeType_impl(StringID("cv-vort-md5hashtype"), MD5HashType::Create());
+    // The first registration of a name wins, so the rows also decide what a later
+    // `registerMimeType` can't change.
+    for (MimeRow const &row : defaultTable()) {
+        registerMimeType_impl(StringID(row.name), row.type);
+    }
 }
 
 TypeInfo MimeRegistry::resolveMimeType_impl(StringID name) {

@@ -38,10 +38,8 @@ std::string ByteArrayType::convertToString(any const &value) const {
     if (bytes == nullptr) {
         throw bad_any_cast();
     }
-    // `toBase64` ends its string with a NUL; the text form is the text before it.
-    std::string base64 = bytes->toBase64();
-    base64.resize(std::char_traits<char>::length(base64.c_str()));
-    return base64;
+    // The whole string of `toBase64`, its trailing NUL included, as a stream writes it.
+    return bytes->toBase64();
 }
 
 any ByteArrayType::convertFromByteArray(ByteArray const &bytes, ErrorHolder &) const {

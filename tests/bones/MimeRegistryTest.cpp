@@ -3,7 +3,16 @@
 #include <vort/bones/MimeRegistry.h>
 #include <vort/types/BoolType.h>
 #include <vort/types/ByteArrayType.h>
+#include <vort/types/ColorType.h>
+#include <vort/types/DoubleType.h>
+#include <vort/types/FloatType.h>
+#include <vort/types/IntType.h>
 #include <vort/types/MD5HashType.h>
+#include <vort/types/PathType.h>
+#include <vort/types/PointType.h>
+#include <vort/types/StringType.h>
+#include <vort/types/TransformType.h>
+#include <vort/types/VectorType.h>
 
 #include <gtest/gtest.h>
 
@@ -16,12 +25,36 @@ using VORT::StringID;
 using VORT::TypeInfo;
 using vort_test::ProbeType;
 
-TEST(MimeRegistry, StartsWithTheBuiltInRows) {
-    EXPECT_TRUE(VORT::BoolType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"))));
-    EXPECT_TRUE(
-        VORT::ByteArrayType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-bytearraytype"))));
-    EXPECT_TRUE(
-        VORT::MD5HashType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-md5hashtype"))));
+TEST(MimeRegistry, StartsWithTheBuiltInRowsInTheirOrder) {
+    using namespace VORT;
+    const TypeInfo colorType = ColorType::Create(true);
+    const TypeInfo uriList = SpecificVectorType<std::string>::Create(StringType::Create());
+    struct Row {
+        const char *name;
+        bool (*is)(TypeInfo const &);
+    };
+    const Row rows[] = {
+        {"text/plain", &StringType::Is},           {"text/html", &StringType::Is},
+        {"text/uri-list", &VectorType::Is},        {"application/x-color", &ColorType::Is},
+        {"cv-vort-booltype", &BoolType::Is},       {"cv-vort-bytearraytype", &ByteArrayType::Is},
+        {"cv-vort-colortype", &ColorType::Is},     {"cv-vort-doubletype", &DoubleType::Is},
+        {"cv-vort-floattype", &FloatType::Is},     {"cv-vort-inttype", &IntType::Is},
+        {"cv-vort-md5hashtype", &MD5HashType::Is}, {"cv-vort-pathtype", &PathType::Is},
+        {"cv-vort-ipointtype", &IPointType::Is},   {"cv-vort-dpointtype", &DPointType::Is},
+        {"cv-vort-irecttype", &IRectType::Is},     {"cv-vort-drecttype", &DRectType::Is},
+        {"cv-vort-stringtype", &StringType::Is},   {"cv-vort-transformtype", &TransformType::Is},
+    };
+    std::vector<StringID> expected;
+    for (Row const &row : rows) {
+        const TypeInfo type = MimeRegistry::resolveMimeType(StringID(row.name));
+        EXPECT_TRUE(row.is(type)) << row.name;
+        expected.emplace_back(row.name);
+    }
+    EXPECT_EQ(MimeRegistry::defaultMimeTypes(), expected);
+    // Both colour names use alpha, and the URI list holds strings.
+    EXPECT_TRUE(MimeRegistry::resolveMimeType(StringID("application/x-color")) == colorType);
+    EXPECT_TRUE(MimeRegistry::resolveMimeType(StringID("cv-vort-colortype")) == colorType);
+    EXPECT_TRUE(MimeRegistry::resolveMimeType(StringID("text/uri-list")) == uriList);
 }
 
 TEST(MimeRegistry, UnknownNamesArePlainBytes) {
@@ -44,6 +77,8 @@ TEST(MimeRegistry, FirstRegistrationWins) {
     // The built-in rows can't be overridden either.
     MimeRegistry::registerMimeType(StringID("cv-vort-booltype"), VORT::MD5HashType::Create());
     EXPECT_TRUE(VORT::BoolType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"))));
+    MimeRegistry::registerMimeType(StringID("text/plain"), VORT::BoolType::Create());
+    EXPECT_TRUE(VORT::StringType::Is(MimeRegistry::resolveMimeType(StringID("text/plain"))));
 }
 
 TEST(MimeRegistry, HandsOutClonesAndKeepsItsOwn) {

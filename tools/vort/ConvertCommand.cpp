@@ -1,6 +1,7 @@
 // vort convert MIME-TYPE INPUT [--to FORM]: reads a value of the type that the MIME registry
 // gives for MIME-TYPE (a name that it doesn't know is plain bytes) from its text form or its
 // byte form, and writes it in the form asked for.
+// vort convert --list: the built-in MIME names, in the registry's order, with their types.
 //
 //   INPUT is one of  --text T      the type's text form
 //                    --hex H       the byte form in hexadecimal (either case, blanks and colons
@@ -14,16 +15,31 @@
 //                    file:PATH     the byte form as it is, into PATH
 //   The default FORM is hex for text input and text for byte input.
 //
-// A value that doesn't read prints the library's own message and exits with Failure.
+// A value that doesn't read prints the library's own message and exits with Failure. The text
+// form of a byte array is shown without the NUL that ends the library's string.
 #include "Subcommand.h"
 #include "ToolIO.h"
 #include <vort/bones/ByteArray.h>
 #include <vort/bones/MimeRegistry.h>
 #include <vort/bones/StringID.h>
 #include <vort/err/ErrorHolder.h>
+#include <vort/types/BoolType.h>
+#include <vort/types/ByteArrayType.h>
+#include <vort/types/ColorType.h>
+#include <vort/types/DoubleType.h>
+#include <vort/types/FloatType.h>
+#include <vort/types/IntType.h>
+#include <vort/types/MD5HashType.h>
+#include <vort/types/PathType.h>
+#include <vort/types/PointType.h>
+#include <vort/types/StringType.h>
+#include <vort/types/TransformType.h>
 #include <vort/types/Type.h>
+#include <vort/types/VectorType.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <cxxabi.h>
 #include <exception>
 #include <string>
 
@@ -31,7 +47,8 @@ namespace vort_tool {
 namespace {
 
 const char *const kName = "convert";
-const char *const kUsage = "MIME-TYPE (--text T | --hex H | --base64 B | --file F) [--to FORM]";
+const char *const kUsage =
+    "MIME-TYPE (--text T | --hex H | --base64 B | --file F) [--to FORM] | --list";
 
 enum class Input { None, Text, Hex, Base64, File };
 
@@ -45,6 +62,66 @@ struct Options {
 int usage(std::string const &text) {
     return usageError(kName, text + "\nusage: vort convert " + kUsage +
                                  "\n       FORM: text | hex | base64 | raw | file:PATH");
+}
+
+// What `--list` calls a type: the first of these that it equals (class and parameters), or else
+// the class of the values it carries.
+std::string typeName(VORT::TypeInfo const &type) {
+    using namespace VORT;
+    struct Known {
+        const char *name;
+        TypeInfo type;
+    };
+    static const Known known[] = {
+        {"BoolType", BoolType::Create()},
+        {"ByteArrayType", ByteArrayType::Create()},
+        {"ColorType with alpha", ColorType::Create(true)},
+        {"ColorType without alpha", ColorType::Create(false)},
+        {"DoubleType", DoubleType::Create()},
+        {"FloatType", FloatType::Create()},
+        {"IntType", IntType::Create()},
+        {"MD5HashType", MD5HashType::Create()},
+        {"PathType", PathType::Create()},
+        {"IPointType", IPointType::Create()},
+        {"DPointType", DPointType::Create()},
+        {"IRectType", IRectType::Create()},
+        {"DRectType", DRectType::Create()},
+        {"StringType", StringType::Create()},
+        {"TransformType", TransformType::Create()},
+        {"SpecificVectorType<std::string> of StringType",
+         SpecificVectorType<std::string>::Create(StringType::Create())},
+    };
+    for (Known const &entry : known) {
+        if (type == entry.type) {
+            return entry.name;
+        }
+    }
+    const char *mangled = type.defaultConstruct().type().name();
+    int status = 0;
+    char *demangled = abi::__cxa_demangle(mangled, nullptr, nullptr, &status);
+    const std::string carried = status == 0 ? demangled : mangled;
+    std::free(demangled);
+    return "a type of " + carried;
+}
+
+int list() {
+    for (VORT::StringID const &name : VORT::MimeRegistry::defaultMimeTypes()) {
+        const std::string text = VORT::toString(name);
+        std::printf("%-24s %s\n", text.c_str(),
+                    typeName(VORT::MimeRegistry::resolveMimeType(name)).c_str());
+    }
+    return Success;
+}
+
+// The width of the type's byte form: that of its default value, or, for a type whose default
+// value isn't of its own class (FloatType's is a double), that of the value "0" reads as.
+unsigned int byteWidth(VORT::TypeInfo const &type) {
+    VORT::any sample = type.defaultConstruct();
+    if (!type.isValid(sample)) {
+        VORT::ErrorHolder ignored;
+        sample = type.convertFromString("0", ignored);
+    }
+    return sample.empty() ? 0u : type.convertToByteArray(sample).size();
 }
 
 bool parse(std::vector<std::string> const &arguments, Options &options, std::string &problem) {
@@ -129,6 +206,9 @@ bool parse(std::vector<std::string> const &arguments, Options &options, std::str
 }
 
 int run(std::vector<std::string> const &arguments) {
+    if (arguments.size() == 1 && arguments[0] == "--list") {
+        return list();
+    }
     Options options;
     std::string problem;
     if (!parse(arguments, options, problem)) {
@@ -163,7 +243,7 @@ int run(std::vector<std::string> const &arguments) {
         }
         // The fixed-width forms read their bytes with no length check, so a short input must
         // not reach them: a value's byte form is never shorter than the default value's.
-        const unsigned int least = type.convertToByteArray(type.defaultConstruct()).size();
+        const unsigned int least = byteWidth(type);
         if (bytes.size() < least) {
             return failure(kName, options.mimeType + " needs at least " + std::to_string(least) +
                                       " byte(s), got " + std::to_string(bytes.size()));
@@ -175,7 +255,10 @@ int run(std::vector<std::string> const &arguments) {
     }
 
     if (options.to == "text") {
-        const std::string text = type.convertToString(value);
+        std::string text = type.convertToString(value);
+        if (VORT::ByteArrayType::Is(type) && !text.empty() && text.back() == '\0') {
+            text.pop_back();
+        }
         std::fwrite(text.data(), 1, text.size(), stdout);
         std::fputc('\n', stdout);
         return Success;

@@ -21,6 +21,7 @@
 #include <vort/vort_export.h>
 
 #include <map>
+#include <vector>
 
 namespace VORT {
 
@@ -33,6 +34,9 @@ public:
     // registration wins, and the built-in table can't be overridden. Makes the registry on
     // first use.
     static void registerMimeType(StringID name, TypeInfo type);
+    // The names of the built-in table, in the order in which `initialize` registers them. Doesn't
+    // make the registry.
+    static std::vector<StringID> defaultMimeTypes();
 
     MimeRegistry(MimeRegistry const &) = delete;
     MimeRegistry &operator=(MimeRegistry const &) = delete;

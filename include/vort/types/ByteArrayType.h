@@ -1,11 +1,12 @@
 // `VORT::ByteArrayType`: the member of the type family that carries a `ByteArray`.
 //
-// Text form: the array's Base64 text (without the NUL that `ByteArray::toBase64` leaves at the
-// end of its string). Reading takes the first whitespace-delimited word of the text, skipping
-// leading whitespace and ignoring whatever follows the word, and decodes it; an empty text (no
-// word) and a word that isn't Base64 both fail with "Can't convert string '<text>' to
-// ByteArray", where <text> is the whole text given. So the empty array's text form, the empty
-// string, does not read back. Byte form: the bytes themselves; reading them can't fail. The
+// Text form: the whole string of `ByteArray::toBase64`, its trailing NUL included, so the bytes
+// of "Man" give the five characters "TWFu" and NUL (`c_str()` is the Base64 text). Reading takes
+// the first whitespace-delimited word of the text, skipping leading whitespace and ignoring
+// whatever follows the word, and decodes it; an empty text (no word) and a word that isn't
+// Base64 both fail with "Can't convert string '<text>' to ByteArray", where <text> is the whole
+// text given. The NUL is no whitespace and no Base64, so the written string as it stands does not
+// read back: its `c_str()` does. Byte form: the bytes themselves; reading them can't fail. The
 // default value is an empty array.
 //
 // `Create`, `Is` and the frame shared by the family come from `TypeBase` (see TypeBase.h).

@@ -51,7 +51,6 @@ TEST(MD5Hash, TextIsWordByWordAndBytesAreLeastSignificantFirst) {
          bytesOf({0x67, 0x45, 0x23, 0x01, 0xEF, 0xCD, 0xAB, 0x89, 0x98, 0xBA, 0xDC, 0xFE, 0x10,
                   0x32, 0x54, 0x76})},
     };
-    const TypeInfo type = MD5HashType::Create();
     for (Row const &row : rows) {
         EXPECT_EQ(MD5Hash::convertToString(row.hash), row.text);
         EXPECT_EQ(MD5Hash::convertToByteArray(any(row.hash)), row.bytes) << row.text;
@@ -59,17 +58,6 @@ TEST(MD5Hash, TextIsWordByWordAndBytesAreLeastSignificantFirst) {
         ErrorHolder error;
         EXPECT_EQ(MD5Hash::convertFromString(row.text, error), row.hash);
         EXPECT_EQ(MD5Hash::convertFromByteArray(row.bytes, error), row.hash);
-        EXPECT_FALSE(error.hasError());
-
-        // The type goes the same way, through `any`.
-        const any fromText = type.convertFromString(row.text, error);
-        ASSERT_TRUE(type.isValid(fromText));
-        EXPECT_EQ(any_cast<MD5Hash>(fromText), row.hash);
-        EXPECT_EQ(type.convertToString(fromText), row.text);
-        const any fromBytes = type.convertFromByteArray(row.bytes, error);
-        ASSERT_TRUE(type.isValid(fromBytes));
-        EXPECT_EQ(any_cast<MD5Hash>(fromBytes), row.hash);
-        EXPECT_EQ(type.convertToByteArray(fromBytes), row.bytes);
         EXPECT_FALSE(error.hasError());
     }
 }
@@ -136,18 +124,9 @@ TEST(MD5HashType, AnEarlierErrorInTheHolderEmptiesEveryRead) {
     EXPECT_EQ(error.what(), "Can't convert string 'bad' to MD5Hash");
 }
 
-TEST(MD5HashType, DefaultIsTheZeroHashAndWritingAnotherClassThrows) {
-    const TypeInfo type = MD5HashType::Create();
-    const any value = type.defaultConstruct();
-    ASSERT_TRUE(type.isValid(value));
-    EXPECT_EQ(any_cast<MD5Hash>(value), MD5Hash());
-    EXPECT_EQ(type.convertToString(value), std::string(32, '0'));
-
+TEST(MD5Hash, WritingBytesTakesOnlyAHash) {
     for (any const &other : {any(true), any(), any(ByteArray(16u, '\0'))}) {
-        EXPECT_THROW(type.convertToString(other), VORT::bad_any_cast);
-        EXPECT_THROW(type.convertToByteArray(other), VORT::bad_any_cast);
         EXPECT_THROW(MD5Hash::convertToByteArray(other), VORT::bad_any_cast);
-        EXPECT_FALSE(type.isValid(other));
     }
 }
 
