@@ -3,11 +3,13 @@
 
 #include <QtGui/QImage>
 
+#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <istream>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace VORT {
 
@@ -225,25 +227,28 @@ std::istream &Pixmap::read(std::istream &stream, Pixmap &pixmap) {
     result.mImage = new QImage(width, height, QImage::Format_ARGB32);
     QImage &image = *result.mImage;
     if (!image.isNull()) {
-        // Once the stream has failed, every later extraction leaves its variable as it was, so
-        // the rest of the image repeats the last value; it is written without asking the
-        // stream again.
+        // Rows follow each other without padding in a 32-bit format, so the pixels are one run,
+        // top row first.
+        QRgb *pixels = reinterpret_cast<QRgb *>(image.bits());
+        const std::size_t total =
+            static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
         double red = 0.0;
         double green = 0.0;
         double blue = 0.0;
-        QRgb value = opaque(0, 0, 0);
-        uchar *bits = image.bits();
-        const qsizetype stride = image.bytesPerLine();
-        for (int y = 0; y < height; ++y) {
-            QRgb *line = reinterpret_cast<QRgb *>(
-                bits + orientedCoord(y, height, ImageDataDirection::Forward) * stride);
-            for (int x = 0; x < width; ++x) {
-                if (!stream.fail()) {
-                    stream >> red >> delimiter >> green >> delimiter >> blue >> delimiter;
-                    value = opaque(roundedByte(red), roundedByte(green), roundedByte(blue));
-                }
-                line[x] = value;
-            }
+        std::size_t read = 0;
+        while (read < total && !stream.fail()) {
+            stream >> red >> delimiter >> green >> delimiter >> blue >> delimiter;
+            pixels[read++] = opaque(roundedByte(red), roundedByte(green), roundedByte(blue));
+        }
+        if (read < total) {
+            // Once the stream has failed, every later extraction leaves its variables as they
+            // were, so the rest repeats the last value. Qt fills the whole image at the speed
+            // of memory, and the few pixels read go back over it, so that a short text claiming
+            // a large image costs no more than the text.
+            const QRgb last = read > 0 ? pixels[read - 1] : opaque(0, 0, 0);
+            const std::vector<QRgb> head(pixels, pixels + read);
+            image.fill(last);
+            std::copy(head.begin(), head.end(), reinterpret_cast<QRgb *>(image.bits()));
         }
     }
     pixmap = result;

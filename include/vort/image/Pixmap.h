@@ -113,9 +113,6 @@ private:
                              ImageDataDirection::Type xDirection,
                              ImageDataDirection::Type yDirection);
     char const *formatNameString(ImageFileFormat::Type format) const;
-    static int orientedCoord(int coord, int size, ImageDataDirection::Type direction) {
-        return direction == 0 ? coord : size - coord - 1;
-    }
 
     QImage *mImage;
 };
