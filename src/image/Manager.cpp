@@ -5,7 +5,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include <vector>
+#include <algorithm>
+#include <string_view>
 
 namespace VORT {
 namespace ImageCompositor {
@@ -29,11 +30,13 @@ struct RetiredCache {
 };
 RetiredCache *g_retiredCaches = nullptr;
 
+char lowerCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 std::string lowerCase(std::string text) {
     for (char &c : text) {
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
-        }
+        c = lowerCase(c);
     }
     return text;
 }
@@ -89,25 +92,35 @@ boost::shared_ptr<Modifier> Manager::buildModifier(std::string const &name,
     if (name.empty()) {
         return boost::shared_ptr<Modifier>();
     }
-    auto found = mModifiers.find(name);
+    // The names are stored in lower case, so one search for the lower-case form finds what a
+    // search for the name as given and then for that form would. Names of usual length are
+    // lowered on the stack.
+    char buffer[64];
+    std::string longName;
+    std::string_view lowered;
+    if (name.size() <= sizeof buffer) {
+        std::transform(name.begin(), name.end(), buffer, [](char c) { return lowerCase(c); });
+        lowered = std::string_view(buffer, name.size());
+    } else {
+        longName = lowerCase(name);
+        lowered = longName;
+    }
+    const auto found = mModifiers.find(lowered);
     if (found == mModifiers.end()) {
-        found = mModifiers.find(lowerCase(name));
-        if (found == mModifiers.end()) {
-            return boost::shared_ptr<Modifier>();
-        }
+        return boost::shared_ptr<Modifier>();
     }
     return boost::shared_ptr<Modifier>(found->second->clone(args));
 }
 
 void Manager::forceGarbageCollection() {
-    // The nodes leave the map first and are destroyed after the walk, so that a node whose
-    // destruction calls back into the manager never finds the map half walked.
-    std::vector<Holder<Node>> collected;
+    // The entries move to a map of their own and their nodes are destroyed after the walk, so
+    // that a node whose destruction calls back into the manager never finds the map half
+    // walked. Moving an entry between maps allocates nothing.
+    std::map<std::string, Holder<Node>> collected;
     for (auto entry = mNodes.begin(); entry != mNodes.end();) {
         Node *node = entry->second.get();
         if (node != nullptr && referenceCount(node) == 1) {
-            collected.push_back(entry->second);
-            entry = mNodes.erase(entry);
+            collected.insert(mNodes.extract(entry++));
         } else {
             ++entry;
         }

@@ -35,6 +35,7 @@
 #include <boost/noncopyable.hpp>
 #include <boost/shared_ptr.hpp>
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -82,7 +83,8 @@ protected:
 
 private:
     std::map<std::string, Holder<Node>> mNodes;
-    std::map<std::string, boost::shared_ptr<Modifier>> mModifiers;
+    // Keyed by lower-case names, and searched by views of lower-cased text.
+    std::map<std::string, boost::shared_ptr<Modifier>, std::less<>> mModifiers;
     double mNextGC;
     // How many builds are under way, one inside the other.
     int mBuildDepth;
