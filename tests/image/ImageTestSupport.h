@@ -21,25 +21,22 @@ inline QImage solid(int width, int height, QRgb value,
     return image;
 }
 
-// A fresh folder, removed with the object. Its paths make keys that no other test uses.
+// A fresh folder, removed with the object; its paths make keys that no other test uses.
 class ImageFolder {
 public:
-    bool isValid() const { return m_folder.isValid(); }
     std::string path(std::string const &name) const {
         return QDir(m_folder.path()).filePath(QString::fromStdString(name)).toStdString();
     }
     // Writes `image` as PNG and gives its path.
     std::string write(std::string const &name, QImage const &image) const {
-        const std::string file = path(name);
-        image.save(QString::fromStdString(file), "PNG");
-        return file;
+        image.save(QString::fromStdString(path(name)), "PNG");
+        return path(name);
     }
 
 private:
     QTemporaryDir m_folder;
 };
 
-// A node whose destructions are counted.
 class CountedNode : public VORT::ImageCompositor::Node {
 public:
     CountedNode(std::string const &key, QImage *image) : Node(key, image) {}
