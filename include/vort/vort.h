@@ -36,6 +36,14 @@
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/Exception.h>
 #include <vort/err/ZQFErrorDescription.h>
+#include <vort/image/Icon.h>
+#include <vort/image/ImageKey.h>
+#include <vort/image/ImageResource.h>
+#include <vort/image/Manager.h>
+#include <vort/image/Mode.h>
+#include <vort/image/Modifier.h>
+#include <vort/image/Node.h>
+#include <vort/image/Pixmap.h>
 #include <vort/instrumentation/ScopedDebugTimer.h>
 #include <vort/instrumentation/TimeAccumulator.h>
 #include <vort/messaging/Connection.h>
@@ -76,6 +84,7 @@
 #include <vort/types/MD5HashType.h>
 #include <vort/types/Path.h>
 #include <vort/types/PathType.h>
+#include <vort/types/PixmapType.h>
 #include <vort/types/PointType.h>
 #include <vort/types/Shape.h>
 #include <vort/types/StringType.h>

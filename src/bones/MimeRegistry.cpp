@@ -7,6 +7,7 @@
 #include <vort/types/IntType.h>
 #include <vort/types/MD5HashType.h>
 #include <vort/types/PathType.h>
+#include <vort/types/PixmapType.h>
 #include <vort/types/PointType.h>
 #include <vort/types/StringType.h>
 #include <vort/types/TransformType.h>
@@ -35,6 +36,14 @@ std::vector<MimeRow> defaultTable() {
         {"text/html", StringType::Create()},
         {"text/uri-list", SpecificVectorType<std::string>::Create(StringType::Create())},
         {"application/x-color", ColorType::Create(true)},
+        {"image/gif", PixmapType::Create()},
+        {"image/ief", PixmapType::Create()},
+        {"image/jp2", PixmapType::Create()},
+        {"image/jpeg", PixmapType::Create()},
+        {"image/jpm", PixmapType::Create()},
+        {"image/jpx", PixmapType::Create()},
+        {"image/png", PixmapType::Create()},
+        {"image/tiff", PixmapType::Create()},
         {"cv-vort-booltype", BoolType::Create()},
         {"cv-vort-bytearraytype", ByteArrayType::Create()},
         {"cv-vort-colortype", ColorType::Create(true)},
@@ -43,6 +52,7 @@ std::vector<MimeRow> defaultTable() {
         {"cv-vort-inttype", IntType::Create()},
         {"cv-vort-md5hashtype", MD5HashType::Create()},
         {"cv-vort-pathtype", PathType::Create()},
+        {"cv-vort-pixmaptype", PixmapType::Create()},
         {"cv-vort-ipointtype", IPointType::Create()},
         {"cv-vort-dpointtype", DPointType::Create()},
         {"cv-vort-irecttype", IRectType::Create()},

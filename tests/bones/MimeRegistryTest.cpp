@@ -9,6 +9,7 @@
 #include <vort/types/IntType.h>
 #include <vort/types/MD5HashType.h>
 #include <vort/types/PathType.h>
+#include <vort/types/PixmapType.h>
 #include <vort/types/PointType.h>
 #include <vort/types/StringType.h>
 #include <vort/types/TransformType.h>
@@ -34,15 +35,33 @@ TEST(MimeRegistry, StartsWithTheBuiltInRowsInTheirOrder) {
         bool (*is)(TypeInfo const &);
     };
     const Row rows[] = {
-        {"text/plain", &StringType::Is},           {"text/html", &StringType::Is},
-        {"text/uri-list", &VectorType::Is},        {"application/x-color", &ColorType::Is},
-        {"cv-vort-booltype", &BoolType::Is},       {"cv-vort-bytearraytype", &ByteArrayType::Is},
-        {"cv-vort-colortype", &ColorType::Is},     {"cv-vort-doubletype", &DoubleType::Is},
-        {"cv-vort-floattype", &FloatType::Is},     {"cv-vort-inttype", &IntType::Is},
-        {"cv-vort-md5hashtype", &MD5HashType::Is}, {"cv-vort-pathtype", &PathType::Is},
-        {"cv-vort-ipointtype", &IPointType::Is},   {"cv-vort-dpointtype", &DPointType::Is},
-        {"cv-vort-irecttype", &IRectType::Is},     {"cv-vort-drecttype", &DRectType::Is},
-        {"cv-vort-stringtype", &StringType::Is},   {"cv-vort-transformtype", &TransformType::Is},
+        {"text/plain", &StringType::Is},
+        {"text/html", &StringType::Is},
+        {"text/uri-list", &VectorType::Is},
+        {"application/x-color", &ColorType::Is},
+        {"image/gif", &PixmapType::Is},
+        {"image/ief", &PixmapType::Is},
+        {"image/jp2", &PixmapType::Is},
+        {"image/jpeg", &PixmapType::Is},
+        {"image/jpm", &PixmapType::Is},
+        {"image/jpx", &PixmapType::Is},
+        {"image/png", &PixmapType::Is},
+        {"image/tiff", &PixmapType::Is},
+        {"cv-vort-booltype", &BoolType::Is},
+        {"cv-vort-bytearraytype", &ByteArrayType::Is},
+        {"cv-vort-colortype", &ColorType::Is},
+        {"cv-vort-doubletype", &DoubleType::Is},
+        {"cv-vort-floattype", &FloatType::Is},
+        {"cv-vort-inttype", &IntType::Is},
+        {"cv-vort-md5hashtype", &MD5HashType::Is},
+        {"cv-vort-pathtype", &PathType::Is},
+        {"cv-vort-pixmaptype", &PixmapType::Is},
+        {"cv-vort-ipointtype", &IPointType::Is},
+        {"cv-vort-dpointtype", &DPointType::Is},
+        {"cv-vort-irecttype", &IRectType::Is},
+        {"cv-vort-drecttype", &DRectType::Is},
+        {"cv-vort-stringtype", &StringType::Is},
+        {"cv-vort-transformtype", &TransformType::Is},
     };
     std::vector<StringID> expected;
     for (Row const &row : rows) {

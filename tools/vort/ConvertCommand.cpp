@@ -31,6 +31,7 @@
 #include <vort/types/IntType.h>
 #include <vort/types/MD5HashType.h>
 #include <vort/types/PathType.h>
+#include <vort/types/PixmapType.h>
 #include <vort/types/PointType.h>
 #include <vort/types/StringType.h>
 #include <vort/types/TransformType.h>
@@ -82,6 +83,7 @@ std::string typeName(VORT::TypeInfo const &type) {
         {"IntType", IntType::Create()},
         {"MD5HashType", MD5HashType::Create()},
         {"PathType", PathType::Create()},
+        {"PixmapType", PixmapType::Create()},
         {"IPointType", IPointType::Create()},
         {"DPointType", DPointType::Create()},
         {"IRectType", IRectType::Create()},
