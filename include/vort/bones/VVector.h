@@ -502,7 +502,10 @@ private:
     void reallocData(int size, int capacity) {
         VVectorData *const old = d;
         const int oldSize = old->size;
-        const bool shared = !isOnlyReference(old->ref);
+        // The shared null is always shared (every empty vector holds it on top of the reference
+        // it was born with); saying so outright keeps the compiler from seeing it reallocated
+        // or freed below.
+        const bool shared = old == &VVectorData::shared_null || !isOnlyReference(old->ref);
         const bool newCapacity = capacity != old->capacity || shared;
         // Whether the elements go to a new block as copies, rather than staying or moving
         // with their bytes.
@@ -553,7 +556,7 @@ private:
         }
         x->size = size;
         if (copies) {
-            if (!old->ref.deref()) {
+            if (!old->ref.deref() && old != &VVectorData::shared_null) {
                 freeData(old);
             }
             d = x;
