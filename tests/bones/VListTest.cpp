@@ -114,7 +114,8 @@ TEST(VListData, DetachCopiesSlotsAndDropsTheOldCount) {
     EXPECT_EQ(raw.d->sharable, 1u);
     EXPECT_EQ(raw.size(), 5);
     for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(*reinterpret_cast<int *>(&raw.d->items[raw.d->first + i]), i);
+        EXPECT_EQ(&raw.d->items[raw.d->first + i], raw.at(i));
+        EXPECT_EQ(*reinterpret_cast<int *>(raw.at(i)), i);
     }
 
     // Dropping the last count hands the old block back to be freed.
