@@ -269,19 +269,3 @@ TEST(VList, MatchesADequeUnderRandomEdits) {
         ASSERT_TRUE(std::equal(list.begin(), list.end(), model.begin(), model.end())) << step;
     }
 }
-
-TEST(VList, SearchesAndConvenienceOperations) {
-    VList<int> list{3, 1, 4, 1, 5, 9, 2, 6};
-    EXPECT_EQ(list.indexOf(1, 2) * 10 + list.lastIndexOf(1, 2), 31);
-    EXPECT_EQ(list.indexOf(6, -1) * 10 + list.count(1), 72);
-    EXPECT_EQ(list.value(100) + list.value(-1, 42), 42);
-    EXPECT_EQ(toVector(list.mid(6)), (std::vector<int>{2, 6}));
-    EXPECT_TRUE(list.mid(0).isSharedWith(list));
-    EXPECT_TRUE(list.removeOne(1) && list.removeAll(1) == 1 && !list.contains(1));
-    VList<int> sum = list + VList<int>{7};
-    EXPECT_EQ(sum.takeLast() * 10 + sum.takeFirst(), 73);
-    EXPECT_EQ(*sum.erase(sum.insert(sum.begin() + 1, 44)), 5);
-    sum.append(sum);  // appending a list to itself doubles it
-    EXPECT_EQ(toVector(sum), (std::vector<int>{4, 5, 9, 2, 6, 4, 5, 9, 2, 6}));
-    EXPECT_EQ(std::vector<int>(sum.crbegin(), sum.crbegin() + 2), (std::vector<int>{6, 2}));
-}

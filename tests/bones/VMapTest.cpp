@@ -216,15 +216,3 @@ TEST(VMap, MatchesAStdMapUnderRandomEdits) {
     EXPECT_EQ(checkSkipList(copy), keys);
     EXPECT_EQ(copy, map);
 }
-
-TEST(VMap, LookupsAndChanges) {
-    VMap<std::string, int> map{{"b", 2}, {"d", 4}, {"f", 6}};
-    EXPECT_EQ(map.key(4) + map.key(5, "none"), "dnone");
-    EXPECT_EQ(map.lowerBound("e").value() * 10 + map.upperBound("a").value(), 62);
-    map["c"] += 3;
-    *map.find("d") = 40;
-    EXPECT_EQ(map.erase(map.constFind("d")).key(), "f");
-    EXPECT_TRUE(map.erase(map.cend()) == map.end());
-    EXPECT_EQ(map, (VMap<std::string, int>{{"b", 2}, {"c", 3}, {"f", 6}}));
-    EXPECT_NE(map, (VMap<std::string, int>{{"b", 2}, {"c", 3}, {"f", 7}}));
-}
