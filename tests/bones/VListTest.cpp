@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <deque>
-#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
