@@ -37,7 +37,7 @@ TEST(Command, FollowsTheLifeTableForEveryStateOperationAndOutcome) {
         Outcome handler;
         bool earlierError;  // the holder comes in with an error already
         Command::State to;
-        const char *log;  // what the handler saw of the state, or "" if it wasn't called
+        const char *log;  // the handler call, or "" if the handler wasn't called
         const char *error;
     };
     const char bad[] = "Command not in an appropriate state for request.";
