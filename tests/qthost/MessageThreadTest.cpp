@@ -4,6 +4,8 @@
 #include <vort/messaging/Thread.h>
 #include <vort/qthost/MessageThread.h>
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEvent>
 #include <QtCore/QThread>
 
 #include <gtest/gtest.h>
@@ -89,6 +91,31 @@ TEST(MessageThread, EventLoopDeliversWhatOtherThreadsQueue) {
     for (QThread *thread : recorder.threads) {
         EXPECT_EQ(thread, QThread::currentThread());
     }
+}
+
+TEST(MessageThread, PostsBeforeTheLoopTurnsFoldIntoOneQueuedCall) {
+    MessageThread registration("qthost-folded");
+    Recorder recorder;
+    VTMS::Emitter1<void, int> values;
+    values.connect(&recorder, &Recorder::onValue, registration.thread());
+    runEventsFor(10);  // nothing of earlier tests left to deliver
+    // Counts the queued calls that reach objects of this thread.
+    struct QueuedCalls : QObject {
+        int count = 0;
+        bool eventFilter(QObject *, QEvent *event) override {
+            count += event->type() == QEvent::MetaCall;
+            return false;
+        }
+    } calls;
+    QCoreApplication::instance()->installEventFilter(&calls);
+    std::thread([&] {
+        for (int i = 0; i < 100; ++i) {
+            values.send(i);
+        }
+    }).join();
+    EXPECT_TRUE(runEventsUntil([&] { return recorder.count() == 100; }));
+    QCoreApplication::instance()->removeEventFilter(&calls);
+    EXPECT_LE(calls.count, 2) << "each post woke the loop on its own";
 }
 
 TEST(MessageThread, WorkerLoopServesQueuedAndBlockingSends) {
