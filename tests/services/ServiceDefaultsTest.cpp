@@ -33,25 +33,15 @@ void ignoreWork(void *) {}
 }  // namespace
 
 TEST(ServiceKeys, EachServiceIsKeyedByItsClassName) {
-    const struct {
-        std::string key;
-        const char *expected;
-    } table[] = {
-        {VTRCCreator::serviceName(), "VTRCCreator"},
-        {Translation::serviceName(), "Translation"},
-        {EventManagement::serviceName(), "EventManagement"},
-        {EventLoopTickling::serviceName(), "EventLoopTickling"},
-        {ErrorHandling::serviceName(), "ErrorHandling"},
-        {Printing::serviceName(), "Printing"},
-        {ApplicationContext::serviceName(), "ApplicationContext"},
-        {TessarCaller::serviceName(), "TessarCaller"},
-        {TWrapperClassRegistry::serviceName(), "TWrapperClassRegistry"},
-        {LumigraphClient::serviceName(), "LumigraphClient"},
-        {TessarTimerService::serviceName(), "TessarTimerService"},
-    };
-    for (auto const &row : table) {
-        EXPECT_EQ(row.key, row.expected);
-    }
+    EXPECT_EQ(VTRCCreator::serviceName() + Translation::serviceName() +
+                  EventManagement::serviceName() + EventLoopTickling::serviceName() +
+                  ErrorHandling::serviceName() + Printing::serviceName() +
+                  ApplicationContext::serviceName() + TessarCaller::serviceName() +
+                  TWrapperClassRegistry::serviceName() + LumigraphClient::serviceName() +
+                  TessarTimerService::serviceName(),
+              "VTRCCreatorTranslationEventManagementEventLoopTicklingErrorHandlingPrinting"
+              "ApplicationContextTessarCallerTWrapperClassRegistryLumigraphClient"
+              "TessarTimerService");
 }
 
 TEST(ServiceDefaults, PlainServicesAnswerNothingAndTouchNothing) {
