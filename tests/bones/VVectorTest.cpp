@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -41,15 +44,23 @@ TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
     EXPECT_EQ(capacitiesWhileAppending<std::string>(30),
               (std::vector<int>{1, 3, 6, 10, 16, 25, 39}));
 
-    VVector<int> v{1, 2, 3, 4, 5};
-    auto *source = const_cast<VVectorData *>(&v.header());
+    // A block of five elements, laid out as the template lays out its own.
+    struct Block {
+        VVectorData header;
+        int elements[5];
+    } source;
+    source.header.ref.init(3);
+    source.header.capacity = source.header.size = 5;
+    source.header.sharable = 1;
+    source.header.reserved = 1;
+    std::iota(std::begin(source.elements), std::end(source.elements), 1);
     for (int size : {8, 2}) {
-        VVectorData *copy = VVectorData::malloc(20, size, 4, source);
+        VVectorData *copy = VVectorData::malloc(20, size, 4, &source.header);
         EXPECT_EQ(copy->capacity * 10 + copy->size, 55);  // the header as it was
-        EXPECT_EQ(int(copy->ref), 1);
+        EXPECT_EQ(copy->reserved, 1u);
         const int *elements = reinterpret_cast<const int *>(reinterpret_cast<char *>(copy) + 16);
         EXPECT_EQ(std::vector<int>(elements, elements + std::min(size, 5)),
-                  std::vector<int>(v.begin(), v.begin() + std::min(size, 5)));
+                  std::vector<int>(source.elements, source.elements + std::min(size, 5)));
         std::free(copy);
     }
 }
