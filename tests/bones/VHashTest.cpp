@@ -138,6 +138,7 @@ TEST(VHash, GrowsAClassWhenEveryBucketHasANodeAndShrinksTwoAtATime) {
         it = hash.erase(it);
     }
     EXPECT_EQ(hash.capacity(), 67);
+    EXPECT_TRUE(hash.cbegin() == hash.cend()) << "an empty table with buckets has a first node";
 }
 
 TEST(VHash, ANegativeRehashHintFixesTheFloor) {
