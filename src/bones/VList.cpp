@@ -1,6 +1,7 @@
 #include <vort/bones/VList.h>
 
 #include <climits>
+#include <cstddef>
 #include <cstring>
 
 namespace VORT {
@@ -8,7 +9,8 @@ namespace VORT {
 namespace {
 
 constexpr int kSlot = int(sizeof(void *));
-constexpr int kHeader = int(sizeof(VListData::Data));
+// The header ends where the slots begin; the one slot that `Data` declares belongs to them.
+constexpr int kHeader = int(offsetof(VListData::Data, items));
 
 static_assert(sizeof(void *) != 8 || kHeader == 24, "the list header is 24 bytes on 64 bits");
 
@@ -36,7 +38,7 @@ int vortAllocMore(int alloc, int extra) {
 }
 
 // The count is 1 and stays at least 1: every container that adopts the block adds one.
-VListData::Data VListData::shared_null = {{1}, 0, 0, 0, 1};
+VListData::Data VListData::shared_null = {{1}, 0, 0, 0, 1, {nullptr}};
 
 int VListData::grow(int n) {
     return vortAllocMore(n * kSlot, kHeader) / kSlot;
@@ -55,7 +57,7 @@ VListData::Data *VListData::detach2() {
     if (d->capacity == 0) {
         d->first = d->last = 0;
     } else {
-        std::memcpy(d->items(), old->items(), size_t(old->capacity) * sizeof(void *));
+        std::memcpy(d->items, old->items, size_t(old->capacity) * sizeof(void *));
     }
     return old;
 }
@@ -79,14 +81,14 @@ void **VListData::append() {
         const int n = d->last - d->first;
         if (d->first > 2 * d->capacity / 3) {
             // Mostly empty at the front (items were taken from there): slide back, don't grow.
-            moveSlots(d->items() + n, d->items() + d->first, n);
+            moveSlots(d->items + n, d->items + d->first, n);
             d->first = n;
             d->last = 2 * n;
         } else {
             realloc(grow(d->capacity + 1));
         }
     }
-    return d->items() + d->last++;
+    return d->items + d->last++;
 }
 
 void **VListData::append(const VListData &other) {
@@ -97,11 +99,11 @@ void **VListData::append(const VListData &other) {
             realloc(grow(e + n));
         }
         // `other` may be this very object, so its block is read only after the realloc.
-        std::memcpy(d->items() + d->last, other.d->items() + other.d->first,
+        std::memcpy(d->items + d->last, other.d->items + other.d->first,
                     size_t(n) * sizeof(void *));
         d->last += n;
     }
-    return d->items() + e;
+    return d->items + e;
 }
 
 void **VListData::prepend() {
@@ -115,10 +117,10 @@ void **VListData::prepend() {
         } else {
             d->first = d->capacity - d->last;
         }
-        moveSlots(d->items() + d->first, d->items(), d->last);
+        moveSlots(d->items + d->first, d->items, d->last);
         d->last += d->first;
     }
-    return d->items() + --d->first;
+    return d->items + --d->first;
 }
 
 void **VListData::insert(int i) {
@@ -139,21 +141,21 @@ void **VListData::insert(int i) {
     }
     if (leftward) {
         --d->first;
-        moveSlots(d->items() + d->first, d->items() + d->first + 1, i);
+        moveSlots(d->items + d->first, d->items + d->first + 1, i);
     } else {
-        moveSlots(d->items() + d->first + i + 1, d->items() + d->first + i, size - i);
+        moveSlots(d->items + d->first + i + 1, d->items + d->first + i, size - i);
         ++d->last;
     }
-    return d->items() + d->first + i;
+    return d->items + d->first + i;
 }
 
 void VListData::remove(int i) {
     const int slot = d->first + i;
     if (i >= d->last - slot) {
-        moveSlots(d->items() + slot, d->items() + slot + 1, d->last - slot - 1);
+        moveSlots(d->items + slot, d->items + slot + 1, d->last - slot - 1);
         --d->last;
     } else {
-        moveSlots(d->items() + d->first + 1, d->items() + d->first, i);
+        moveSlots(d->items + d->first + 1, d->items + d->first, i);
         ++d->first;
     }
 }
@@ -162,10 +164,10 @@ void VListData::remove(int i, int n) {
     const int middle = d->first + i + n / 2;
     if (middle - d->first >= d->last - middle) {
         const int from = d->first + i;
-        moveSlots(d->items() + from, d->items() + from + n, d->last - from - n);
+        moveSlots(d->items + from, d->items + from + n, d->last - from - n);
         d->last -= n;
     } else {
-        moveSlots(d->items() + d->first + n, d->items() + d->first, i);
+        moveSlots(d->items + d->first + n, d->items + d->first, i);
         d->first += n;
     }
 }
@@ -174,7 +176,7 @@ void VListData::move(int from, int to) {
     if (from == to) {
         return;
     }
-    void **items = d->items();
+    void **items = d->items;
     const int size = d->last - d->first;
     from += d->first;
     to += d->first;
@@ -205,9 +207,9 @@ void VListData::move(int from, int to) {
 }
 
 void **VListData::erase(void **slot) {
-    const int i = int(slot - (d->items() + d->first));
+    const int i = int(slot - (d->items + d->first));
     remove(i);
-    return d->items() + d->first + i;
+    return d->items + d->first + i;
 }
 
 }  // namespace VORT

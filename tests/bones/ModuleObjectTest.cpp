@@ -15,31 +15,34 @@ namespace {
 std::vector<std::string> g_released;
 
 struct Item {
-    explicit Item(std::string n) : name(std::move(n)) {}
     std::string name;
+    ModuleObjectDeleter *enterLate = nullptr;  // a deleter to enter a new object into as it ends
+    ModuleObject **late = nullptr;
 };
 
 struct RecordingDeleter {
-    void operator()(Item *item) const {
-        g_released.push_back(item->name);
-        delete item;
-    }
+    void operator()(Item *item) const;
 };
-
 using ItemEntry = ModuleObjectImpl<Item *, RecordingDeleter>;
 
-// A pointer-like value whose token tells the test when the entry that holds it has been freed.
+void RecordingDeleter::operator()(Item *item) const {
+    g_released.push_back(item->name);
+    if (item->enterLate != nullptr) {
+        *item->late = new ItemEntry(new Item{"late"});
+        item->enterLate->append(*item->late);
+    }
+    delete item;
+}
+
+// A pointer-like value whose token tells when the entry that holds it has been freed.
 struct Probe {
     Item *item;
     std::shared_ptr<int> token;
     explicit operator bool() const { return item != nullptr; }
 };
-
 struct ProbeDeleter {
     void operator()(Probe const &probe) const { RecordingDeleter()(probe.item); }
 };
-
-using ProbeEntry = ModuleObjectImpl<Probe, ProbeDeleter>;
 
 class ModuleObjectTest : public ::testing::Test {
 protected:
@@ -48,101 +51,44 @@ protected:
 
 }  // namespace
 
-TEST_F(ModuleObjectTest, DeleterReleasesInOrderOfEntry) {
-    {
-        ModuleObjectDeleter deleter;
-        for (const char *name : {"first", "second", "third", "fourth"}) {
-            deleter.append(new ItemEntry(new Item(name)));
-        }
-        EXPECT_TRUE(g_released.empty());
-    }
-    EXPECT_EQ(g_released, (std::vector<std::string>{"first", "second", "third", "fourth"}));
-}
-
-TEST_F(ModuleObjectTest, EmptyDeleterDoesNothing) {
-    { ModuleObjectDeleter deleter; }
-    EXPECT_TRUE(g_released.empty());
-}
-
-TEST_F(ModuleObjectTest, EntryEndsItselfWithOrWithoutAPointer) {
-    auto held = std::make_shared<int>(0);
-    auto empty = std::make_shared<int>(0);
+TEST_F(ModuleObjectTest, DeleterReleasesInOrderOfEntryOverTheListAsItWas) {
+    auto held = std::make_shared<int>(0), empty = std::make_shared<int>(0);
     std::weak_ptr<int> heldAlive = held, emptyAlive = empty;
-    {
-        ModuleObjectDeleter deleter;
-        deleter.append(new ProbeEntry(Probe{new Item("held"), std::move(held)}));
-        deleter.append(new ProbeEntry(Probe{nullptr, std::move(empty)}));
-    }
-    EXPECT_EQ(g_released, std::vector<std::string>{"held"}) << "no deleter for a null pointer";
-    EXPECT_TRUE(heldAlive.expired());
-    EXPECT_TRUE(emptyAlive.expired()) << "the entry with a null pointer freed itself too";
-}
-
-namespace {
-
-// An object whose destructor enters a new object into the deleter that is releasing it, as a
-// module's own code may do while it ends.
-struct Reentrant {
-    ModuleObjectDeleter *deleter;
-    ModuleObject **late;
-};
-
-struct ReentrantDeleter {
-    void operator()(Reentrant *reentrant) const {
-        g_released.push_back("reentrant");
-        *reentrant->late = new ItemEntry(new Item("late"));
-        reentrant->deleter->append(*reentrant->late);
-        delete reentrant;
-    }
-};
-
-}  // namespace
-
-TEST_F(ModuleObjectTest, ReleaseThatTouchesTheListDoesNotDisturbTheWalk) {
     ModuleObject *late = nullptr;
     {
         ModuleObjectDeleter deleter;
-        deleter.append(new ItemEntry(new Item("before")));
-        deleter.append(
-            new ModuleObjectImpl<Reentrant *, ReentrantDeleter>(new Reentrant{&deleter, &late}));
-        deleter.append(new ItemEntry(new Item("after")));
+        deleter.append(new ItemEntry(new Item{"first"}));
+        // An object whose end enters a new object into the deleter that is releasing it.
+        deleter.append(new ItemEntry(new Item{"reentrant", &deleter, &late}));
+        deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{new Item{"held"}, held}));
+        deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{nullptr, empty}));
+        held.reset();
+        empty.reset();
+        EXPECT_TRUE(g_released.empty());
     }
-    EXPECT_EQ(g_released, (std::vector<std::string>{"before", "reentrant", "after"}));
-    ASSERT_NE(late, nullptr);
-    // The walk ran over the list as it was; what came in during it is left to its owner.
+    EXPECT_EQ(g_released, (std::vector<std::string>{"first", "reentrant", "held"}));
+    EXPECT_TRUE(heldAlive.expired());
+    EXPECT_TRUE(emptyAlive.expired()) << "the entry with a null pointer freed itself too";
+    ASSERT_NE(late, nullptr);  // what came in during the walk is left to its owner
     late->release();
     EXPECT_EQ(g_released.back(), "late");
 }
 
-TEST_F(ModuleObjectTest, AssignmentTakesTheOtherListWithoutReleasing) {
+TEST_F(ModuleObjectTest, CopiesAndAssignmentHoldTheSamePointersWithoutReleasing) {
     auto *kept = new ModuleObjectDeleter;
     auto *replaced = new ModuleObjectDeleter;
-    ModuleObject *dropped = new ItemEntry(new Item("dropped"));
-    kept->append(new ItemEntry(new Item("shared")));
+    ModuleObject *dropped = new ItemEntry(new Item{"dropped"});
+    kept->append(new ItemEntry(new Item{"shared"}));
     replaced->append(dropped);
-
     *replaced = *kept;
-    EXPECT_TRUE(g_released.empty()) << "assignment released an entry";
     *replaced = *replaced;
-    delete replaced;
+    EXPECT_TRUE(g_released.empty()) << "assignment released an entry";
+    { ModuleObjectDeleter copy(*replaced); }  // the copy releases what the original holds
     EXPECT_EQ(g_released, std::vector<std::string>{"shared"});
-
-    // Both lists held "shared"; empty the other before it ends, or it is released twice.
-    *kept = ModuleObjectDeleter();
+    *kept = ModuleObjectDeleter();  // both held "shared": empty them, or it is released again
+    *replaced = ModuleObjectDeleter();
     delete kept;
-    EXPECT_EQ(g_released.size(), 1u);
+    delete replaced;
     dropped->release();
-    EXPECT_EQ(g_released.back(), "dropped");
-}
-
-TEST_F(ModuleObjectTest, CopyHoldsTheSamePointers) {
-    ModuleObjectDeleter original;
-    original.append(new ItemEntry(new Item("one")));
-    original.append(new ItemEntry(new Item("two")));
-    {
-        ModuleObjectDeleter copy(original);
-        // The copy releases what the original holds.
-    }
-    EXPECT_EQ(g_released, (std::vector<std::string>{"one", "two"}));
-    original = ModuleObjectDeleter();
+    EXPECT_EQ(g_released, (std::vector<std::string>{"shared", "dropped"}));
 }

@@ -6,520 +6,218 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
 using VORT::ChangeLevel;
-using VORT::Command;
 using VORT::ErrorHolder;
 using VORT::UndoRedoCommandTarget;
-using vort_test::CommandLedger;
 using vort_test::Outcome;
 using vort_test::TestCommand;
 
 namespace {
 
-// Does `count` undoable commands with ids first, first + 1, ... and returns them.
-std::vector<TestCommand *> doCommands(UndoRedoCommandTarget &target, CommandLedger &ledger,
-                                      int first, int count) {
-    std::vector<TestCommand *> done;
-    for (int id = first; id < first + count; ++id) {
-        auto *command = new TestCommand(ledger, id);
-        ErrorHolder holder;
-        target.processCommand(command, holder);
-        EXPECT_FALSE(holder.hasError());
-        done.push_back(command);
-    }
-    return done;
-}
+// One step of a session with a target: what is done, what the commands then log ("do 3",
+// "~3" for its deletion), the commands left on top of the two stacks, whether the target is
+// dirty, and what the holder says.
+struct Step {
+    const char *action;
+    const char *log;
+    int undoTop, redoTop;
+    bool dirty;
+    const char *error;
+};
 
-void expectNoUndoInformation(ErrorHolder const &holder) {
-    ASSERT_TRUE(holder.hasError());
-    auto const *description = dynamic_cast<VORT::ZQFErrorDescription *>(holder.description());
-    ASSERT_NE(description, nullptr);
-    EXPECT_EQ(description->getMessageCode(), 0x5A0002UL);
-    EXPECT_EQ(holder.what(), "We do not have undo information far enough back.");
-    EXPECT_EQ(description->where().file(), ".\\command\\CommandTarget");
+const char kBadState[] = "Command not in an appropriate state for request.";
+const char kTooFarBack[] = "We do not have undo information far enough back.";
+
+// The actions: "do N" (with "once": can't be undone; "final": can't be redone; "fails"),
+// "again N" (hand in command N, already done, once more), "undo", "stale undo" (the holder has
+// an earlier error), "redo", "fail N" and "heal N" (command N's handlers fail, or no longer),
+// "back to N" and "back below N" (to command N's level, or one under it; 0 is no level), "gap"
+// and "back to gap" (a level drawn outside the target), "depth N", "clean", "clear undo" and
+// "clear redo".
+const Step kSession[] = {
+    {"undo", "", 0, 0, false, ""},
+    {"redo", "", 0, 0, false, ""},
+    {"back to 0", "", 0, 0, false, ""},
+    {"do 1", "do 1", 1, 0, true, ""},
+    {"do 2", "do 2", 2, 0, true, ""},
+    {"do 3", "do 3", 3, 0, true, ""},
+    {"clean", "", 3, 0, false, ""},
+    {"undo", "undo 3", 2, 3, true, ""},
+    {"undo", "undo 2", 1, 2, true, ""},
+    {"redo", "redo 2", 2, 3, true, ""},
+    {"redo", "redo 3", 3, 0, false, ""},
+    {"undo", "undo 3", 2, 3, true, ""},
+    {"do 4", "do 4 ~3", 4, 0, true, ""},              // a new command deletes what could be redone
+    {"do 5 fails", "do 5", 4, 0, true, "do failed"},  // left with the caller
+    {"again 4", "", 4, 0, true, kBadState},
+    {"fail 4", "", 4, 0, true, ""},
+    {"undo", "undo 4", 4, 0, true, "undo failed"},  // stays on top for a retry
+    {"heal 4", "", 4, 0, true, ""},
+    {"stale undo", "undo 4", 4, 0, true, "earlier"},  // the old error reads as a failure...
+    {"undo", "undo 4", 2, 4, true, ""},               // ...so the same edit is taken back twice
+    {"fail 4", "", 2, 4, true, ""},
+    {"redo", "redo 4", 2, 4, true, "redo failed"},
+    {"heal 4", "", 2, 4, true, ""},
+    {"redo", "redo 4", 4, 0, true, ""},
+    {"do 6 final", "do 6", 6, 0, true, ""},
+    {"do 7", "do 7", 7, 0, true, ""},
+    {"undo", "undo 7", 6, 7, true, ""},
+    {"undo", "undo 6 ~7", 4, 0, true, ""},  // 6 can't be redone: it goes nowhere, 7 with it
+    {"back to 2", "undo 4", 2, 4, true, ""},
+    {"redo", "redo 4", 4, 0, true, ""},
+    {"back below 4", "undo 4", 2, 4, true, ""},
+    {"back to 1", "undo 2", 1, 2, true, ""},
+    {"back below 1", "", 1, 2, true, kTooFarBack},  // refused: nothing is undone
+    {"back to 0", "", 1, 2, true, kTooFarBack},     // the oldest goes only by undo
+    {"redo", "redo 2", 2, 4, true, ""},
+    {"redo", "redo 4", 4, 0, true, ""},
+    {"fail 2", "", 4, 0, true, ""},
+    {"back to 1", "undo 4 undo 2", 2, 4, true, "undo failed"},  // stops at the failure
+    {"heal 2", "", 2, 4, true, ""},
+    {"redo", "redo 4", 4, 0, true, ""},
+    {"gap", "", 4, 0, true, ""},
+    {"do 8", "do 8", 8, 0, true, ""},
+    {"back to gap", "undo 8", 4, 8, true, ""},
+    {"redo", "redo 8", 8, 0, true, ""},
+    {"depth 2", "~1 ~2", 8, 0, true, ""},  // trims at once, oldest first
+    {"undo", "undo 8", 4, 8, true, ""},
+    {"undo", "undo 4", 0, 4, true, ""},
+    {"depth 1", "", 0, 4, true, ""},
+    {"redo", "redo 4", 4, 8, true, ""},  // redo ignores the depth until the next trim
+    {"redo", "redo 8", 8, 0, true, ""},
+    {"do 9", "do 9 ~4 ~8", 9, 0, true, ""},
+    {"clean", "", 9, 0, false, ""},
+    {"depth 0", "~9", 0, 0, true, ""},
+    {"do 10", "do 10 ~10", 0, 0, true, ""},
+    {"depth 20", "", 0, 0, true, ""},
+    {"do 11", "do 11", 11, 0, true, ""},
+    {"do 12", "do 12", 12, 0, true, ""},
+    {"clean", "", 12, 0, false, ""},
+    {"do 13 once", "do 13 ~12 ~11", 0, 0, true, ""},  // cuts the history, latest first
+    {"do 14", "do 14", 14, 0, true, ""},
+    {"undo", "undo 14", 0, 14, true, ""},  // the saved level is lost for good
+    {"clear undo", "", 0, 14, true, ""},
+    {"clear redo", "~14", 0, 0, true, ""},
+    {"clean", "", 0, 0, false, ""},
+    {"do 15 once", "do 15", 0, 0, false, ""},  // saved on an empty stack: reads as clean
+    {"do 16", "do 16", 16, 0, true, ""},
+    {"do 17", "do 17", 17, 0, true, ""},
+    {"undo", "undo 17", 16, 17, true, ""},
+};
+
+int topOf(std::string const &description) {
+    return description.empty() ? 0 : std::stoi(description.substr(sizeof("command")));
 }
 
 }  // namespace
 
-TEST(UndoRedoCommandTarget, StartsEmptyAndTakesEmptyStacksCalmly) {
-    UndoRedoCommandTarget target;
-    EXPECT_EQ(target.getMaxUndoDepth(), 20);
-    EXPECT_FALSE(target.canUndo());
-    EXPECT_FALSE(target.canRedo());
-    EXPECT_FALSE(target.isDirty());
-    EXPECT_EQ(target.getCurrentChangeLevel(), ChangeLevel());
-    EXPECT_EQ(target.getFirstSavedChangeLevel(), ChangeLevel());
-    EXPECT_EQ(target.undoShortDescription(), "");
-    EXPECT_EQ(target.undoLongDescription(), "");
-    EXPECT_EQ(target.redoShortDescription(), "");
-    EXPECT_EQ(target.redoLongDescription(), "");
-
-    ErrorHolder holder;
-    target.undo(holder);
-    target.redo(holder);
-    target.undoToChangeLevel(ChangeLevel(), holder);
-    target.undoToChangeLevel(ChangeLevel(12345), holder);
-    EXPECT_FALSE(holder.hasError());
-}
-
-TEST(UndoRedoCommandTarget, MovesCommandsBetweenTheStacksAndNamesTheNextStep) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        std::vector<TestCommand *> const commands = doCommands(target, ledger, 1, 3);
-        EXPECT_TRUE(target.canUndo());
-        EXPECT_FALSE(target.canRedo());
-        EXPECT_EQ(target.getCurrentChangeLevel(), commands[2]->getChangeLevel());
-        EXPECT_EQ(target.getFirstSavedChangeLevel(), commands[0]->getChangeLevel());
-        EXPECT_EQ(target.undoShortDescription(), "command 3");
-        EXPECT_EQ(target.undoLongDescription(), "command 3");
-
-        ErrorHolder holder;
-        target.undo(holder);
-        target.undo(holder);
-        EXPECT_EQ(target.getCurrentChangeLevel(), commands[0]->getChangeLevel());
-        EXPECT_EQ(target.undoShortDescription(), "command 1");
-        EXPECT_EQ(target.redoShortDescription(), "command 2");
-        EXPECT_EQ(target.redoLongDescription(), "command 2");
-        EXPECT_EQ(commands[1]->getState(), Command::Undone);
-
-        target.redo(holder);
-        EXPECT_EQ(target.getCurrentChangeLevel(), commands[1]->getChangeLevel());
-        EXPECT_EQ(target.redoShortDescription(), "command 3");
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(ledger.calls,
-                  (std::vector<std::string>{"do 1", "do 2", "do 3", "undo 3", "undo 2", "redo 2"}));
-
-        // A new command deletes what could have been redone.
-        doCommands(target, ledger, 4, 1);
-        EXPECT_FALSE(target.canRedo());
-        EXPECT_EQ(ledger.deletionsOf(3), 1);
-        EXPECT_EQ(ledger.deleted(), 1);
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, FailingDoItLeavesBothStacksAndTheCommandWithTheCaller) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        doCommands(target, ledger, 1, 2);
-        ErrorHolder holder;
-        target.undo(holder);
-
-        TestCommand failing(ledger, 3);
-        failing.doOutcome = Outcome::Fail;
-        target.processCommand(&failing, holder);
-        EXPECT_EQ(holder.what(), "do failed");
-        EXPECT_EQ(target.undoShortDescription(), "command 1");
-        EXPECT_EQ(target.redoShortDescription(), "command 2");
-        EXPECT_EQ(ledger.deleted(), 0);
-
-        // The same holds for a command that was already done: it is refused, not taken.
-        initialize_vort_util();
-        TestCommand done(ledger, 4);
-        ErrorHolder first;
-        done.doIt(first);
-        ErrorHolder again;
-        target.processCommand(&done, again);
-        EXPECT_EQ(again.what(), "Command not in an appropriate state for request.");
-        EXPECT_TRUE(target.canRedo());
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, ACommandThatCannotBeUndoneCutsTheHistory) {
-    CommandLedger ledger;
-    TestCommand cut(ledger, 9, /*undoable=*/false);
-    {
-        UndoRedoCommandTarget target;
-        doCommands(target, ledger, 1, 3);
-        ErrorHolder holder;
-        target.undo(holder);
-
-        target.processCommand(&cut, holder);
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(cut.getState(), Command::Done);
-        EXPECT_FALSE(target.canUndo());
-        EXPECT_FALSE(target.canRedo());
-        EXPECT_EQ(target.getCurrentChangeLevel(), ChangeLevel());
-        // Both stacks were deleted, latest first; the cutting command was neither kept nor
-        // deleted.
-        EXPECT_EQ(ledger.deleted(), 3);
-        EXPECT_EQ(ledger.deletionsOf(9), 0);
-    }
-    EXPECT_EQ(ledger.deletionsOf(9), 0);
-}
-
-TEST(UndoRedoCommandTarget, TrimsTheOldestCommandsToTheDepth) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        std::vector<TestCommand *> const commands = doCommands(target, ledger, 1, 20);
-        EXPECT_EQ(ledger.deleted(), 0);
-        ChangeLevel const current = target.getCurrentChangeLevel();
-
-        // The 21st deletes the first; the oldest saved level moves to the second command's.
-        ChangeLevel const secondLevel = commands[1]->getChangeLevel();
-        doCommands(target, ledger, 21, 1);
-        EXPECT_EQ(ledger.deletionsOf(1), 1);
-        EXPECT_EQ(ledger.deleted(), 1);
-        EXPECT_EQ(target.getFirstSavedChangeLevel(), secondLevel);
-        EXPECT_GT(target.getCurrentChangeLevel(), current);
-
-        // Lowering the depth trims at once, oldest first, and keeps the current level.
-        ChangeLevel const latest = target.getCurrentChangeLevel();
-        target.setMaxUndoDepth(3);
-        EXPECT_EQ(target.getMaxUndoDepth(), 3);
-        EXPECT_EQ(ledger.deleted(), 18);
-        EXPECT_EQ(ledger.deletionsOf(18), 1);
-        EXPECT_EQ(ledger.deletionsOf(19), 0);
-        EXPECT_EQ(target.getFirstSavedChangeLevel(), commands[18]->getChangeLevel());
-        EXPECT_EQ(target.getCurrentChangeLevel(), latest);
-
-        ErrorHolder holder;
-        int undone = 0;
-        while (target.canUndo()) {
-            target.undo(holder);
-            ++undone;
-        }
-        EXPECT_EQ(undone, 3);
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, RedoIgnoresTheDepthUntilTheNextTrim) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        doCommands(target, ledger, 1, 5);
-        ErrorHolder holder;
-        for (int i = 0; i < 4; ++i) {
-            target.undo(holder);
-        }
-        // The depth falls below what redo will bring back; nothing is trimmed yet.
-        target.setMaxUndoDepth(2);
-        for (int i = 0; i < 4; ++i) {
-            target.redo(holder);
-        }
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(ledger.deleted(), 0);
-        EXPECT_EQ(target.undoShortDescription(), "command 5");
-
-        // The next command trims to the depth: 1 to 4 go, 5 and 6 stay.
-        doCommands(target, ledger, 6, 1);
-        EXPECT_EQ(ledger.deleted(), 4);
-        EXPECT_EQ(ledger.deletionsOf(5), 0);
-        target.undo(holder);
-        target.undo(holder);
-        EXPECT_FALSE(target.canUndo());
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, ADepthOfZeroDeletesACommandAsSoonAsItIsDone) {
-    CommandLedger ledger;
-    UndoRedoCommandTarget target;
-    doCommands(target, ledger, 1, 2);
-    target.setMaxUndoDepth(0);
-    EXPECT_EQ(ledger.deleted(), 2);
-
-    auto *command = new TestCommand(ledger, 3);
-    ErrorHolder holder;
-    target.processCommand(command, holder);
-    EXPECT_FALSE(holder.hasError());
-    EXPECT_EQ(ledger.calls.back(), "do 3");
-    EXPECT_EQ(ledger.deletionsOf(3), 1);
-    EXPECT_FALSE(target.canUndo());
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, UndoOfACommandThatCannotBeRedoneDropsItAndTheRedoStack) {
-    CommandLedger ledger;
-    TestCommand *noRedo = nullptr;
-    {
-        UndoRedoCommandTarget target;
-        doCommands(target, ledger, 1, 2);
-        noRedo = new TestCommand(ledger, 3, /*undoable=*/true, /*redoable=*/false);
-        ErrorHolder holder;
-        target.processCommand(noRedo, holder);
-        doCommands(target, ledger, 4, 1);
-
-        target.undo(holder);  // 4 goes to the redo stack
-        EXPECT_EQ(target.redoShortDescription(), "command 4");
-        target.undo(holder);  // 3 can't be redone: 4 is deleted, 3 goes nowhere
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(noRedo->getState(), Command::Undone);
-        EXPECT_FALSE(target.canRedo());
-        EXPECT_EQ(ledger.deletionsOf(4), 1);
-        EXPECT_EQ(ledger.deletionsOf(3), 0);
-        EXPECT_EQ(target.undoShortDescription(), "command 2");
-    }
-    // The target no longer owned it, so it survived the target: whoever kept the pointer
-    // deletes it.
-    EXPECT_EQ(ledger.deletionsOf(3), 0);
-    delete noRedo;
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, FailingUndoAndRedoLeaveTheCommandOnTopForARetry) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        std::vector<TestCommand *> const commands = doCommands(target, ledger, 1, 2);
-        commands[1]->undoOutcome = Outcome::Fail;
-
-        ErrorHolder holder;
-        target.undo(holder);
-        EXPECT_EQ(holder.what(), "undo failed");
-        EXPECT_EQ(target.undoShortDescription(), "command 2");
-        EXPECT_FALSE(target.canRedo());
-        EXPECT_EQ(commands[1]->getState(), Command::Done);
-
-        commands[1]->undoOutcome = Outcome::Succeed;
-        commands[1]->redoOutcome = Outcome::Fail;
-        ErrorHolder retry;
-        target.undo(retry);
-        EXPECT_FALSE(retry.hasError());
-        target.redo(retry);
-        EXPECT_EQ(retry.what(), "redo failed");
-        EXPECT_EQ(target.redoShortDescription(), "command 2");
-        EXPECT_EQ(target.undoShortDescription(), "command 1");
-
-        commands[1]->redoOutcome = Outcome::Succeed;
-        ErrorHolder last;
-        target.redo(last);
-        EXPECT_FALSE(last.hasError());
-        EXPECT_EQ(target.undoShortDescription(), "command 2");
-        EXPECT_EQ(ledger.calls, (std::vector<std::string>{"do 1", "do 2", "undo 2", "undo 2",
-                                                          "redo 2", "redo 2"}));
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, CleanMarkerFollowsUndoRedoAndTrimming) {
-    CommandLedger ledger;
-    UndoRedoCommandTarget target;
-    // On an empty stack the clean level is 0 and the target is clean.
-    target.markClean();
-    EXPECT_FALSE(target.isDirty());
-
-    doCommands(target, ledger, 1, 2);
-    EXPECT_TRUE(target.isDirty());
-    target.markClean();
-    EXPECT_FALSE(target.isDirty());
-
-    ErrorHolder holder;
-    target.undo(holder);
-    EXPECT_TRUE(target.isDirty());
-    target.redo(holder);
-    EXPECT_FALSE(target.isDirty());
-    doCommands(target, ledger, 3, 1);
-    EXPECT_TRUE(target.isDirty());
-    target.undo(holder);
-    EXPECT_FALSE(target.isDirty());
-
-    // Trimming the bottom leaves the current level, and so the marker, alone.
-    target.setMaxUndoDepth(1);
-    EXPECT_EQ(ledger.deletionsOf(1), 1);
-    EXPECT_FALSE(target.isDirty());
-
-    // Undoing everything returns to level 0, which is not the saved level.
-    target.undo(holder);
-    EXPECT_TRUE(target.isDirty());
-}
-
-TEST(UndoRedoCommandTarget, AHistoryCutLosesTheSavedLevelForGood) {
-    CommandLedger ledger;
-    TestCommand cut(ledger, 8, /*undoable=*/false);
-    TestCommand secondCut(ledger, 9, /*undoable=*/false);
-    UndoRedoCommandTarget target;
-    ErrorHolder holder;
-
-    // Saved with commands on the stack: after a cut the saved level is gone, so the target
-    // stays dirty through undo, redo and new commands until the next markClean.
-    doCommands(target, ledger, 1, 2);
-    target.markClean();
-    target.processCommand(&cut, holder);
-    EXPECT_TRUE(target.isDirty());
-    doCommands(target, ledger, 3, 1);
-    target.undo(holder);
-    EXPECT_TRUE(target.isDirty());
-    target.redo(holder);
-    EXPECT_TRUE(target.isDirty());
-    target.markClean();
-    EXPECT_FALSE(target.isDirty());
-
-    // Saved with an empty stack: the clean level is 0, and a cut empties the stack again, so
-    // the target reads as clean although the document has changed.
-    target.clearUndoStack();
-    target.markClean();
-    target.processCommand(&secondCut, holder);
-    EXPECT_FALSE(holder.hasError());
-    EXPECT_FALSE(target.isDirty());
-}
-
-TEST(UndoRedoCommandTarget, UndoToChangeLevelReturnsToTheNamedState) {
+TEST(UndoRedoCommandTarget, FollowsASessionOfEveryKindOfStep) {
     initialize_vort_util();
-    CommandLedger ledger;
+    std::vector<std::string> log;
+    std::map<int, TestCommand *> commands;
+    ChangeLevel gap;
+    size_t sessionEnd = 0;
     {
         UndoRedoCommandTarget target;
-        std::vector<TestCommand *> const commands = doCommands(target, ledger, 1, 5);
-        ChangeLevel const levels[] = {commands[0]->getChangeLevel(), commands[1]->getChangeLevel(),
-                                      commands[2]->getChangeLevel(), commands[3]->getChangeLevel(),
-                                      commands[4]->getChangeLevel()};
-        ErrorHolder holder;
-
-        // At the current level: nothing to do.
-        target.undoToChangeLevel(target.getCurrentChangeLevel(), holder);
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_FALSE(target.canRedo());
-
-        // Just below the 5th command's level: only the 5th is undone.
-        target.undoToChangeLevel(levels[4].value() - 1, holder);
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(target.getCurrentChangeLevel(), levels[3]);
-        EXPECT_EQ(target.redoShortDescription(), "command 5");
-
-        // Exactly a command's level: that command stays done.
-        target.undoToChangeLevel(levels[1], holder);
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(target.getCurrentChangeLevel(), levels[1]);
-        EXPECT_EQ(commands[1]->getState(), Command::Done);
-        EXPECT_EQ(commands[2]->getState(), Command::Undone);
-
-        // Below the oldest: refused, and nothing is undone although one undo was possible.
-        target.undoToChangeLevel(levels[0].value() - 1, holder);
-        expectNoUndoInformation(holder);
-        EXPECT_EQ(target.getCurrentChangeLevel(), levels[1]);
-
-        // At the oldest level: all but the oldest are undone; it can only go by undo.
-        ErrorHolder clean;
-        target.undoToChangeLevel(levels[0], clean);
-        EXPECT_FALSE(clean.hasError());
-        EXPECT_EQ(target.getCurrentChangeLevel(), levels[0]);
-        target.undoToChangeLevel(ChangeLevel(), clean);
-        expectNoUndoInformation(clean);
-        EXPECT_TRUE(target.canUndo());
-        EXPECT_EQ(ledger.deleted(), 0);
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, UndoToChangeLevelSkipsGapsAndStopsAtTheFirstFailure) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        std::vector<TestCommand *> commands = doCommands(target, ledger, 1, 2);
-        // Levels of other targets come from the same series and leave gaps in this one.
-        ChangeLevel const outside = ChangeLevel::next();
-        ChangeLevel::next();
-        std::vector<TestCommand *> const later = doCommands(target, ledger, 3, 3);
-        commands.insert(commands.end(), later.begin(), later.end());
-
-        // A level in the gap undoes everything above it.
-        ErrorHolder holder;
-        target.undoToChangeLevel(outside, holder);
-        EXPECT_FALSE(holder.hasError());
-        EXPECT_EQ(target.getCurrentChangeLevel(), commands[1]->getChangeLevel());
-        for (int i = 0; i < 3; ++i) {
-            target.redo(holder);
+        for (const Step &step : kSession) {
+            SCOPED_TRACE(step.action);
+            std::istringstream words(step.action);
+            std::string verb, how;
+            int id = 0;
+            words >> verb;
+            const size_t logged = log.size();
+            ErrorHolder holder;
+            if (verb == "do") {
+                words >> id >> how;
+                commands[id] = new TestCommand(log, id, how != "once", how != "final");
+                commands[id]->outcome = how == "fails" ? Outcome::Fail : Outcome::Succeed;
+                target.processCommand(commands[id], holder);
+            } else if (verb == "again" && words >> id) {
+                target.processCommand(commands[id], holder);
+            } else if (verb == "undo" || verb == "stale") {
+                if (verb == "stale") {
+                    holder.setError(
+                        VORT::SimpleErrorDescription(VORT::CodeLocation("x", 1), "earlier"));
+                }
+                target.undo(holder);
+            } else if (verb == "redo") {
+                target.redo(holder);
+            } else if ((verb == "fail" || verb == "heal") && words >> id) {
+                commands[id]->outcome = verb == "fail" ? Outcome::Fail : Outcome::Succeed;
+            } else if (verb == "back") {
+                words >> how;
+                if (std::string(step.action) == "back to gap") {
+                    target.undoToChangeLevel(gap, holder);
+                } else if (words >> id) {
+                    const ChangeLevel level = id ? commands[id]->getChangeLevel() : ChangeLevel();
+                    target.undoToChangeLevel(how == "to" ? level.value() : level.value() - 1,
+                                             holder);
+                }
+            } else if (verb == "gap") {
+                gap = ChangeLevel::next();
+            } else if (verb == "depth" && words >> id) {
+                target.setMaxUndoDepth(id);
+                EXPECT_EQ(target.getMaxUndoDepth(), id);
+            } else if (verb == "clean") {
+                target.markClean();
+            } else if (verb == "clear" && words >> how) {
+                how == "undo" ? target.clearUndoStack() : target.clearRedoStack();
+            } else {
+                FAIL() << "unknown step";
+            }
+            std::string done;
+            for (size_t i = logged; i < log.size(); ++i) {
+                done += (done.empty() ? "" : " ") + log[i];
+            }
+            EXPECT_EQ(done, step.log);
+            EXPECT_EQ(topOf(target.undoShortDescription()), step.undoTop);
+            EXPECT_EQ(topOf(target.redoShortDescription()), step.redoTop);
+            EXPECT_EQ(target.undoLongDescription(), target.undoShortDescription());
+            EXPECT_EQ(target.redoLongDescription(), target.redoShortDescription());
+            EXPECT_EQ(target.canUndo(), step.undoTop != 0);
+            EXPECT_EQ(target.canRedo(), step.redoTop != 0);
+            EXPECT_EQ(target.isDirty(), step.dirty);
+            EXPECT_EQ(holder.what(), step.error);
         }
-
-        // A failing undo stops the walk; what was undone stays undone.
-        commands[3]->undoOutcome = Outcome::Fail;
-        target.undoToChangeLevel(commands[1]->getChangeLevel(), holder);
-        EXPECT_EQ(holder.what(), "undo failed");
-        EXPECT_EQ(commands[4]->getState(), Command::Undone);
-        EXPECT_EQ(commands[3]->getState(), Command::Done);
-        EXPECT_EQ(target.getCurrentChangeLevel(), commands[3]->getChangeLevel());
-        EXPECT_EQ(target.redoShortDescription(), "command 5");
+        sessionEnd = log.size();
     }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
+    // The target deleted its redo stack and then its undo stack; the caller still owns the
+    // commands it never took or let go of.
+    EXPECT_EQ(std::vector<std::string>(log.begin() + long(sessionEnd), log.end()),
+              (std::vector<std::string>{"~17", "~16"}));
+    for (const auto &entry : commands) {
+        if (std::count(log.begin(), log.end(), "~" + std::to_string(entry.first)) == 0) {
+            delete entry.second;
+        }
+    }
+    EXPECT_EQ(log.size(), sessionEnd + 6);  // 5, 6, 13 and 15
 }
 
-TEST(UndoRedoCommandTarget, ClearingAndDestroyingDeleteEveryCommandOnce) {
-    CommandLedger ledger;
+TEST(UndoRedoCommandTarget, KeepsTwentyCommandsThatItsCopiesShare) {
+    std::vector<std::string> log;
     {
         UndoRedoCommandTarget target;
-        doCommands(target, ledger, 1, 4);
+        EXPECT_EQ(target.getMaxUndoDepth(), 20);
+        EXPECT_EQ(target.getFirstSavedChangeLevel(), ChangeLevel());
         ErrorHolder holder;
-        target.undo(holder);
-        target.undo(holder);
-
-        target.clearRedoStack();
-        EXPECT_EQ(ledger.deleted(), 2);
-        EXPECT_EQ(ledger.deletionsOf(3), 1);
-        EXPECT_EQ(ledger.deletionsOf(4), 1);
-        EXPECT_TRUE(target.canUndo());
-
-        target.clearUndoStack();
-        EXPECT_EQ(ledger.deleted(), 4);
-        EXPECT_FALSE(target.canUndo());
-
-        doCommands(target, ledger, 5, 3);
-        target.undo(holder);
-    }
-    // The destructor deleted the redo stack and then the undo stack.
-    EXPECT_EQ(ledger.deleted(), 7);
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, CopiesShareTheCommandsAndAssignmentDeletesNothing) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        target.setMaxUndoDepth(7);
-        doCommands(target, ledger, 1, 2);
-        target.markClean();
-
+        for (int id = 1; id <= 21; ++id) {
+            target.processCommand(new TestCommand(log, id), holder);
+        }
+        EXPECT_EQ(std::count(log.begin(), log.end(), "~1"), 1);
+        EXPECT_EQ(log.size(), 22u);
         UndoRedoCommandTarget copy(target);
-        EXPECT_EQ(copy.getMaxUndoDepth(), 7);
-        EXPECT_FALSE(copy.isDirty());
-        EXPECT_EQ(copy.getCurrentChangeLevel(), target.getCurrentChangeLevel());
-
-        // Undo in the copy changes the shared command, but the original's stack keeps it.
-        ErrorHolder holder;
-        copy.undo(holder);
-        EXPECT_TRUE(copy.isDirty());
-        EXPECT_FALSE(target.isDirty());
-        EXPECT_EQ(target.undoShortDescription(), "command 2");
-
-        // Assigning an empty target drops the copy's pointers without deleting them, which is
-        // what keeps the commands from being deleted twice here.
-        copy = UndoRedoCommandTarget();
-        EXPECT_EQ(ledger.deleted(), 0);
+        copy.undo(holder);  // the shared command changes, but the original's stack keeps it
         EXPECT_EQ(copy.getMaxUndoDepth(), 20);
-        EXPECT_FALSE(copy.canUndo());
-        EXPECT_FALSE(copy.canRedo());
+        EXPECT_EQ(target.undoShortDescription(), "command 21");
+        EXPECT_TRUE(copy.canRedo() && !target.canRedo());
+        copy = UndoRedoCommandTarget();  // drops the pointers without deleting them
+        EXPECT_EQ(log.size(), 23u);
     }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
-}
-
-TEST(UndoRedoCommandTarget, AHolderWithAnEarlierErrorMakesTheSameUndoRunTwice) {
-    CommandLedger ledger;
-    {
-        UndoRedoCommandTarget target;
-        std::vector<TestCommand *> const commands = doCommands(target, ledger, 1, 2);
-        ErrorHolder holder;
-        holder.setError(VORT::SimpleErrorDescription(VORT::CodeLocation("earlier", 1), "earlier"));
-
-        // The handler runs, but the old error reads as its failure: the command stays done and
-        // on top of the undo stack, although its edit has been taken back.
-        target.undo(holder);
-        EXPECT_EQ(commands[1]->getState(), Command::Done);
-        EXPECT_EQ(target.undoShortDescription(), "command 2");
-        EXPECT_FALSE(target.canRedo());
-
-        // So the next undo takes the same edit back a second time.
-        ErrorHolder clean;
-        target.undo(clean);
-        EXPECT_FALSE(clean.hasError());
-        EXPECT_EQ(ledger.calls, (std::vector<std::string>{"do 1", "do 2", "undo 2", "undo 2"}));
-        EXPECT_EQ(target.redoShortDescription(), "command 2");
-    }
-    EXPECT_TRUE(ledger.eachDeletedOnce());
+    EXPECT_EQ(log.size(), 43u);  // each of the 21 deleted once
 }

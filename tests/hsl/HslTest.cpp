@@ -12,13 +12,13 @@ namespace {
 const uint32_t kCodes[] = {0x7F0001, 0x7F0002, 0x7F0003, 0xFFFFFFFF};
 const char *const kIds[] = {"T_One", "T_Two", "T_Three"};
 const char *const kEnglish[] = {"Plain text.", "Item '%s' in '%s' (100%%).", "Only %s here."};
-const char *const kGerman[] = {"Klartext.", "'%2' enth\xE4lt '%1'.", nullptr};
+const char *const kGerman[] = {"Klartext.", "'%2' enth\xE4lt '%1'.", "Nur %1 hier."};
 const hsl_message_table kTable = {3, 0x7F, kCodes, kIds, kEnglish, ""};
 
 const uint32_t kFacilities[] = {0x7F, 0xFFFFFFFF};
 const uint32_t *const kCodeTables[] = {kCodes};
 const char *const *const kTextTables[] = {kGerman};
-// The third message has no German text: the count stops short of it.
+// The third message has a German text, but the count stops short of it: it is not used.
 const uint32_t kCounts[] = {2};
 const hsl_language_table kGermanTable = {kFacilities, kCodeTables, kTextTables, kCounts};
 

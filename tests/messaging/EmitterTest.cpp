@@ -13,35 +13,41 @@ using vort_test::processHere;
 using vort_test::Recorder;
 using vort_test::ServiceThread;
 
-class Multi : public Recorder {
+class Base : public Recorder {
+public:
+    void inherited(int a) { note("1:" + std::to_string(a)); }
+};
+class Multi : public Base {
 public:
     void on0() { note("0:"); }
-    void on1(int a) { note("1:" + std::to_string(a)); }
     void on2(int a, const std::string &b) { note("2:" + std::to_string(a) + b); }
     void on3(char a, double b, const std::string &c) {
         note("3:" + std::string(1, a) + std::to_string(static_cast<int>(b)) + c);
     }
-    void on4(int a, int b, int c, long long d) {
+    int on4(int a, int b, int c, long long d) {
         note("4:" + std::to_string(a + b + c) + "/" + std::to_string(d));
+        return a;  // dropped by the send
     }
 };
 
-TEST(Emitter, EveryArityDeliversItsArgumentsDirectAndQueued) {
+TEST(Emitter, EveryArityDeliversItsArgumentsStoredByValueDirectAndQueued) {
     Multi listener;
     VTMS::Emitter0<void> e0;
     VTMS::Emitter1<void, int> e1;
     VTMS::Emitter2<void, int, const std::string &> e2;
     VTMS::Emitter3<void, char, double, const std::string &> e3;
-    VTMS::Emitter4<void, int, int, int, long long> e4;
+    VTMS::Emitter4<int, int, int, int, long long> e4;
     e0.connect(&listener, &Multi::on0);
-    e1.connect(&listener, &Multi::on1);
+    e1.connect(&listener, &Multi::inherited);  // declared in a base class
     e2.connect(&listener, &Multi::on2);
     e3.connect(&listener, &Multi::on3);
     e4.connect(&listener, &Multi::on4);
     for (VTMS::SendMode mode : {VTMS::DirectOrQueue, VTMS::AlwaysQueue}) {
+        std::string text = "x";
         e0.sendWith(mode);
         e1.sendWith(mode, 7);
-        e2.sendWith(mode, 8, "x");
+        e2.sendWith(mode, 8, text);
+        text = "changed";  // the payload holds its own copy
         e3.sendWith(mode, 'c', 9.5, "y");
         e4.sendWith(mode, 1, 2, 3, 1LL << 40);
     }
@@ -52,47 +58,6 @@ TEST(Emitter, EveryArityDeliversItsArgumentsDirectAndQueued) {
     EXPECT_EQ(listener.received(), twice);
 }
 
-TEST(Emitter, ArgumentsAreStoredByValue) {
-    VTMS::Emitter1<void, const std::string &> emitter;
-    Recorder listener;
-    emitter.connect(&listener, &Recorder::onText);
-    std::string text = "before";
-    emitter.sendWith(VTMS::AlwaysQueue, text);
-    text = "after";
-    processHere();
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"before"}));
-}
-
-class Base : public Recorder {
-public:
-    void inherited(int value) { note("base " + std::to_string(value)); }
-};
-class Derived : public Base {};
-
-TEST(Emitter, ConnectsAMemberDeclaredInABaseClass) {
-    VTMS::Emitter1<void, int> emitter;
-    Derived listener;
-    emitter.connect(&listener, &Derived::inherited);
-    emitter.send(4);
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"base 4"}));
-}
-
-class Answering : public Recorder {
-public:
-    int twice(int value) {
-        note(std::to_string(value));
-        return 2 * value;
-    }
-};
-
-TEST(Emitter, ResultOfTheListenerIsDropped) {
-    VTMS::Emitter1<int, int> emitter(VTMS::BlockUntilDelivered);
-    Answering listener;
-    emitter.connect(&listener, &Answering::twice);
-    emitter.send(21);
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"21"}));
-}
-
 TEST(Emitter, ListenerOnAnotherThreadIsCalledOnThatThread) {
     ServiceThread other;
     VTMS::Emitter1<void, int> emitter;
@@ -101,11 +66,9 @@ TEST(Emitter, ListenerOnAnotherThreadIsCalledOnThatThread) {
     emitter.connect(&there, &Recorder::onInt, other.record());
     emitter.connect(&here, &Recorder::onInt, VTMS::Thread::getCurrentThread());
     emitter.send(1);
-    EXPECT_EQ(here.count(), 1);
     EXPECT_EQ(here.lastThread(), std::this_thread::get_id());
     EXPECT_EQ(there.count(), 0);
     ASSERT_TRUE(other.process());
-    EXPECT_EQ(there.count(), 1);
     EXPECT_EQ(there.lastThread(), other.id());
 }
 
@@ -129,35 +92,23 @@ public:
 TEST(Emitter, OnlyAQueuedSendCopiesItsPayloadToTheHeap) {
     ServiceThread other;
     VTMS::Emitter1<void, const Tracked &> emitter;
+    const Tracked argument;
+    emitter.send(argument);
+    emitter.sendWith(VTMS::BlockUntilDelivered, argument);
+    EXPECT_EQ(Tracked::copies.load(), 0) << "a payload was built with nobody to get it";
     TrackedListener direct;
     emitter.connect(&direct, &TrackedListener::onTracked);
-    const Tracked argument;
-
-    Tracked::copies = 0;
     emitter.send(argument);  // one copy into the payload on the sender's stack, no other
     EXPECT_EQ(Tracked::copies.load(), 1);
-
     TrackedListener queuedA;
     TrackedListener queuedB;
     emitter.connect(&queuedA, &TrackedListener::onTracked, other.record());
     emitter.connect(&queuedB, &TrackedListener::onTracked, other.record());
-    Tracked::copies = 0;
     emitter.send(argument);  // one more copy, to the heap, shared by both queued deliveries
-    EXPECT_EQ(Tracked::copies.load(), 2);
-    EXPECT_EQ(direct.count(), 2);
+    EXPECT_EQ(Tracked::copies.load(), 3);
     ASSERT_TRUE(other.process());
-    EXPECT_EQ(queuedA.count(), 1);
-    EXPECT_EQ(queuedB.count(), 1);
+    EXPECT_EQ(direct.count() + queuedA.count() + queuedB.count(), 4);
     EXPECT_EQ(Tracked::live.load(), 1);
-}
-
-TEST(Emitter, SendWithoutConnectionsBuildsNoPayload) {
-    VTMS::Emitter1<void, const Tracked &> emitter;
-    const Tracked argument;
-    Tracked::copies = 0;
-    emitter.send(argument);
-    emitter.sendWith(VTMS::BlockUntilDelivered, argument);
-    EXPECT_EQ(Tracked::copies.load(), 0);
 }
 
 }  // namespace

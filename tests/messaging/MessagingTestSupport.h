@@ -29,8 +29,8 @@ public:
         call([this] { m_record = VTMS::Thread::getCurrentThread(); });
     }
     ~ServiceThread() {
-        if (m_slot >= 0) {
-            s_slots[m_slot].store(nullptr);
+        if (s_registered == this) {
+            s_registered = nullptr;
         }
         run([this] { m_stop = true; });
         m_thread.join();
@@ -39,6 +39,7 @@ public:
     ServiceThread &operator=(const ServiceThread &) = delete;
 
     VTMS::Thread *record() const { return m_record; }
+    std::thread::id id() const { return m_thread.get_id(); }
 
     void run(std::function<void()> task) {
         {
@@ -49,14 +50,13 @@ public:
     }
 
     // Runs `task` and waits for it; false if it didn't finish within the limit.
-    bool call(std::function<void()> task,
-              std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+    bool call(std::function<void()> task) {
         auto done = std::make_shared<Latch>(1);
         run([task, done] {
             task();
             done->countDown();
         });
-        return done->wait(limit);
+        return done->wait();
     }
 
     // Processes the record's queue on this thread and waits for it.
@@ -64,59 +64,40 @@ public:
         return call([this] { m_record->process(); });
     }
 
-    std::thread::id id() const { return m_thread.get_id(); }
-
     // Registers the thread under `name`, as a host thread with an event loop does: its wake
-    // function notes every post and, with `autoProcess`, has the thread process its queue.
-    // False if every wake slot is taken.
+    // function notes every post and, with `autoProcess`, has the thread process its queue. One
+    // service thread at a time is registered so.
     bool registerAs(const std::string &name, bool autoProcess) {
-        for (int slot = 0; slot < kSlots; ++slot) {
-            ServiceThread *expected = nullptr;
-            if (s_slots[slot].compare_exchange_strong(expected, this)) {
-                m_slot = slot;
-                m_autoProcess = autoProcess;
-                const VTMS::Thread::WakeFunction wake = wakeFunction(slot);
-                return call([name, wake] { VTMS::Thread::registerThread(name, wake); });
-            }
-        }
-        return false;
+        s_registered = this;
+        m_autoProcess = autoProcess;
+        return call([name] { VTMS::Thread::registerThread(name, &woken); });
     }
 
     // Waits until the wake function has run `count` times in all.
-    bool waitForWakes(int count, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+    bool waitForWakes(int count) {
         std::unique_lock<std::mutex> guard(m_lock);
-        return m_woken.wait_for(guard, limit, [this, count] { return m_wakes >= count; });
+        return m_woken.wait_for(guard, std::chrono::seconds(10),
+                                [this, count] { return m_wakes >= count; });
     }
 
 private:
-    static constexpr int kSlots = 8;
-    static inline std::atomic<ServiceThread *> s_slots[kSlots] = {};
-
-    template <int N>
-    static void wakeSlot() {
-        if (ServiceThread *const thread = s_slots[N].load()) {
-            thread->woken();
-        }
-    }
-
-    static VTMS::Thread::WakeFunction wakeFunction(int slot) {
-        static const VTMS::Thread::WakeFunction functions[kSlots] = {
-            &wakeSlot<0>, &wakeSlot<1>, &wakeSlot<2>, &wakeSlot<3>,
-            &wakeSlot<4>, &wakeSlot<5>, &wakeSlot<6>, &wakeSlot<7>};
-        return functions[slot];
-    }
+    static inline std::atomic<ServiceThread *> s_registered{nullptr};
 
     // Runs on the posting thread, under the record's mutex: it only queues a task.
-    void woken() {
+    static void woken() {
+        ServiceThread *const self = s_registered.load();
+        if (self == nullptr) {
+            return;
+        }
         {
-            std::lock_guard<std::mutex> guard(m_lock);
-            ++m_wakes;
-            if (m_autoProcess) {
-                m_tasks.push_back([this] { m_record->process(); });
+            std::lock_guard<std::mutex> guard(self->m_lock);
+            ++self->m_wakes;
+            if (self->m_autoProcess) {
+                self->m_tasks.push_back([self] { self->m_record->process(); });
             }
         }
-        m_woken.notify_all();
-        m_ready.notify_one();
+        self->m_woken.notify_all();
+        self->m_ready.notify_one();
     }
 
     void loop() {
@@ -139,7 +120,6 @@ private:
     bool m_stop = false;
     bool m_autoProcess = false;
     int m_wakes = 0;
-    int m_slot = -1;
     VTMS::Thread *m_record = nullptr;
     std::thread m_thread;
 };

@@ -65,61 +65,38 @@ TEST(Thread, RegistryFindsTheLatestRegistrationOfEachName) {
     EXPECT_EQ(unnamed.record()->getName(), "");
 }
 
-TEST(Thread, ProcessDeliversInTheOrderOfPosting) {
+TEST(Thread, ProcessDeliversInTheOrderOfPostingAndProcessOneOnlyTheFirst) {
     OwnedThread thread;
     IntEmitter emitter;
     Recorder listener;
     VTMS::Connection *connection = CountedConnection::connect(emitter, listener);
-    for (int value : {3, 1, 2}) {
+    for (int value : {3, 1, 2, 4}) {
         thread.post(packetOf(value, connection));
     }
     EXPECT_EQ(listener.count(), 0);
+    thread.processOne();
+    EXPECT_EQ(listener.received(), (std::vector<std::string>{"3"}));
     thread.process();
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"3", "1", "2"}));
     thread.process();  // empty: returns at once
-    EXPECT_EQ(listener.count(), 3);
+    EXPECT_EQ(listener.received(), (std::vector<std::string>{"3", "1", "2", "4"}));
 }
 
-TEST(Thread, ProcessOneDeliversOnlyTheFirstPacket) {
-    OwnedThread thread;
-    IntEmitter emitter;
-    Recorder listener;
-    VTMS::Connection *connection = CountedConnection::connect(emitter, listener);
-    const VTMS::ConnectedPacket first = packetOf(1, connection);
-    thread.post(first);
-    thread.post(packetOf(2, connection));
-    thread.processOne();
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"1"}));
-    thread.processOne();
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"1", "2"}));
-}
-
-TEST(Thread, PacketPostedByAHandlerIsDeliveredByTheSameProcess) {
+TEST(Thread, AQueuedDeliveryIsProcessingAndWhatItPostsComesInTheSameProcess) {
     IntEmitter emitter;
     Acting listener;
+    std::vector<bool> processing;
     emitter.connect(&listener, &Acting::onInt);
-    listener.action = [&emitter](int value) {
-        if (value < 3) {
+    listener.action = [&](int value) {
+        processing.push_back(VTMS::Thread::getCurrentThread()->processingMessages());
+        if (value > 1 && value < 4) {
             emitter.sendWith(VTMS::AlwaysQueue, value + 1);
         }
     };
-    emitter.sendWith(VTMS::AlwaysQueue, 1);
-    processHere();
-    EXPECT_EQ(listener.received(), (std::vector<std::string>{"1", "2", "3"}));
-}
-
-TEST(Thread, ProcessingMessagesIsTrueOnlyDuringAQueuedDelivery) {
-    IntEmitter emitter;
-    Acting listener;
-    std::vector<bool> seen;
-    listener.action = [&seen](int) {
-        seen.push_back(VTMS::Thread::getCurrentThread()->processingMessages());
-    };
-    emitter.connect(&listener, &Acting::onInt);
     emitter.send(1);
     emitter.sendWith(VTMS::AlwaysQueue, 2);
     processHere();
-    EXPECT_EQ(seen, (std::vector<bool>{false, true}));
+    EXPECT_EQ(listener.received(), (std::vector<std::string>{"1", "2", "3", "4"}));
+    EXPECT_EQ(processing, (std::vector<bool>{false, true, true, true}));
     EXPECT_FALSE(VTMS::Thread::getCurrentThread()->processingMessages());
 }
 

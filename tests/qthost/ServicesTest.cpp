@@ -45,6 +45,8 @@ TEST(Services, InstallWorkingServicesAndTakeThemOutAgain) {
         EXPECT_TRUE(services.installed(Services::Timers));
         EXPECT_TRUE(services.installed(Services::Context));
         EXPECT_TRUE(services.installed(Services::Translations));
+        EXPECT_FALSE(services.installed(Services::Service(Services::Timers | Services::Context)))
+            << "a set of services is not one service";
         EXPECT_EQ(VTService<TessarTimerService>::get(), services.timerService());
         EXPECT_NE(
             dynamic_cast<VORT::QtHost::ApplicationContext *>(VTService<ApplicationContext>::get()),

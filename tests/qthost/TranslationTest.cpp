@@ -70,19 +70,11 @@ TEST(QtTranslation, GoesThroughTheApplicationsTranslators) {
     }
     EXPECT_EQ(translation.translate(untitled), untitled);
     EXPECT_STREQ(translated, "Sans titre") << "a text handed out before must stay valid";
-}
 
-TEST(QtTranslation, UsesItsOwnContext) {
-    French french;
-    Installed installed(french);
-    Translation tools("Tools");
+    Installed again(french);
+    Translation tools("Tools");  // its own context, which the translator doesn't know
     EXPECT_EQ(tools.context(), "Tools");
-    const char untitled[] = "Untitled";
     EXPECT_EQ(tools.translate(untitled), untitled);
-}
-
-TEST(QtTranslation, NullTextIsReported) {
-    Translation translation;
     QtHostWarnings warnings;
     EXPECT_EQ(translation.translate(nullptr), nullptr);
     EXPECT_TRUE(warnings.has({"Translation", "null text"}));

@@ -70,73 +70,35 @@ protected:
 
 }  // namespace
 
-TEST(VTService, GetBeforeInstallIsNullAndInstallingNullAddsNoKey) {
+TEST_F(VTServiceTest, InstallingReplacesAndDeletesTheOldObjectOnceAndNullKeepsTheKey) {
     EXPECT_EQ(VTService<NeverInstalled>::get(), nullptr);
     VTService<NeverInstalled>::install(nullptr);
-    EXPECT_FALSE(Table::hasKey("NeverInstalled"));
-    EXPECT_EQ(VTService<NeverInstalled>::get(), nullptr);
-}
+    EXPECT_FALSE(Table::hasKey("NeverInstalled")) << "a null install on a new key added it";
 
-TEST_F(VTServiceTest, ReplacingDeletesTheOldObjectOnlyOnce) {
-    auto *first = new CountedTranslation("first");
-    auto *second = new CountedTranslation("second");
-    VTService<Translation>::install(first);
-    EXPECT_EQ(VTService<Translation>::get(), first);
-    EXPECT_EQ(g_translationsDestroyed, 0);
-
-    VTService<Translation>::install(second);
-    EXPECT_EQ(g_translationsDestroyed, 1);
-    EXPECT_EQ(VTService<Translation>::get(), second);
-    EXPECT_STREQ(VTService<Translation>::get()->translate("x"), "second");
-
-    VTService<Translation>::install(nullptr);
-    EXPECT_EQ(g_translationsDestroyed, 2);
-}
-
-TEST_F(VTServiceTest, InstallingNullEmptiesTheEntryButKeepsTheKey) {
-    VTService<Translation>::install(new CountedTranslation);
-    VTService<Translation>::install(nullptr);
-    EXPECT_EQ(g_translationsDestroyed, 1);
-    EXPECT_EQ(VTService<Translation>::get(), nullptr);
-    EXPECT_TRUE(Table::hasKey("Translation"));
-    EXPECT_EQ(Table::stored("Translation"), nullptr);
-
-    // A second null install finds nothing to delete.
-    VTService<Translation>::install(nullptr);
-    EXPECT_EQ(g_translationsDestroyed, 1);
-}
-
-TEST_F(VTServiceTest, DerivedObjectComesBackAsItselfAndStrangersAsNull) {
-    auto *derived = new CountedTranslation("derived");
-    VTService<Translation>::install(derived);
-    Translation *found = VTService<Translation>::get();
-    EXPECT_EQ(found, derived);
-    EXPECT_EQ(dynamic_cast<CountedTranslation *>(found), derived);
-
-    auto *impostor = new Impostor;
-    VTService<Impostor>::install(impostor);
-    EXPECT_EQ(g_translationsDestroyed, 1) << "the impostor replaced the translation's object";
-    EXPECT_EQ(VTService<Impostor>::get(), impostor);
-    EXPECT_EQ(VTService<Translation>::get(), nullptr) << "an object of another class is not found";
-}
-
-TEST_F(VTServiceTest, KeysAreIndependent) {
-    auto *translation = new CountedTranslation;
-    auto *context = new ApplicationContext;
-    VTService<Translation>::install(translation);
-    VTService<ApplicationContext>::install(context);
-    EXPECT_EQ(Table::stored("Translation"), translation);
-    EXPECT_EQ(Table::stored("ApplicationContext"), context);
-
-    VTService<ApplicationContext>::install(nullptr);
-    EXPECT_EQ(VTService<Translation>::get(), translation);
-    EXPECT_EQ(g_translationsDestroyed, 0);
-}
-
-TEST_F(VTServiceTest, ReplacedObjectSeesItsSuccessorWhileItDies) {
     Translation *seen = nullptr;
     VTService<Translation>::install(new Inquisitive(&seen));
-    auto *successor = new CountedTranslation;
-    VTService<Translation>::install(successor);
-    EXPECT_EQ(seen, successor);
+    auto *first = new CountedTranslation("first");
+    VTService<Translation>::install(first);
+    EXPECT_EQ(seen, first) << "the replaced object doesn't see its successor while it dies";
+    auto *context = new ApplicationContext;
+    VTService<ApplicationContext>::install(context);
+    auto *second = new CountedTranslation("second");
+    VTService<Translation>::install(second);
+    EXPECT_EQ(g_translationsDestroyed, 1);
+    EXPECT_STREQ(VTService<Translation>::get()->translate("x"), "second");
+    EXPECT_EQ(VTService<ApplicationContext>::get(), context);  // keys are independent
+    VTService<Translation>::install(nullptr);
+    VTService<Translation>::install(nullptr);  // finds nothing to delete
+    EXPECT_EQ(g_translationsDestroyed, 2);
+    EXPECT_TRUE(Table::hasKey("Translation"));
+    EXPECT_EQ(Table::stored("Translation"), nullptr);
+}
+
+TEST_F(VTServiceTest, AnObjectOfAnotherClassUnderTheKeyIsNotFound) {
+    VTService<Translation>::install(new CountedTranslation("derived"));
+    auto *impostor = new Impostor;
+    VTService<Impostor>::install(impostor);  // replaces the translation's object
+    EXPECT_EQ(g_translationsDestroyed, 1);
+    EXPECT_EQ(VTService<Impostor>::get(), impostor);
+    EXPECT_EQ(VTService<Translation>::get(), nullptr) << "an object of another class was found";
 }

@@ -47,15 +47,16 @@ VORT_EXPORT int vortAllocMore(int alloc, int extra);
 // [first, last) are in use. All operations return or take slot addresses; what a slot holds is the
 // template's business. Operations that may move slots invalidate earlier slot addresses.
 struct VORT_EXPORT VListData {
-    // Block header; the slots follow directly (the header is 24 bytes on a 64-bit system).
-    struct alignas(void *) Data {
+    // Block header and slots. `items` is declared with one slot but runs on to `capacity`: a
+    // block is allocated as the header (the bytes up to `items`, 24 on a 64-bit system) plus
+    // `capacity` slots, so `sizeof(Data)` is never the size of a block.
+    struct Data {
         AtomicCounter ref;
         int capacity;
         int first;
         int last;
         unsigned int sharable : 1;
-
-        void **items() { return reinterpret_cast<void **>(this + 1); }
+        void *items[1];
     };
 
     // Shared by every empty list: count 1 plus one per container on it, never freed.
@@ -68,9 +69,9 @@ struct VORT_EXPORT VListData {
 
     int size() const { return d->last - d->first; }
     bool isEmpty() const { return d->last == d->first; }
-    void **at(int i) const { return d->items() + d->first + i; }
-    void **begin() const { return d->items() + d->first; }
-    void **end() const { return d->items() + d->last; }
+    void **at(int i) const { return d->items + d->first + i; }
+    void **begin() const { return d->items + d->first; }
+    void **end() const { return d->items + d->last; }
 
     // Both give `d` a fresh, unshared copy of the block (same capacity, slots copied as they are)
     // and return the old block. After `detach2` the caller drops the old block's count and frees
@@ -522,7 +523,7 @@ private:
         VListData::Data *const b = block();
         const int last = b->last;
         if (last < b->capacity) {
-            store(b->items() + last);
+            store(b->items + last);
             b->last = last + 1;
             return;
         }
@@ -532,7 +533,7 @@ private:
     void **prependSlot() {
         VListData::Data *const b = block();
         if (b->first > 0) {
-            return b->items() + --b->first;
+            return b->items + --b->first;
         }
         return d.prepend();
     }
@@ -608,8 +609,8 @@ private:
 
     static void freeData(VListData::Data *x) {
         if constexpr (!kInSlot) {
-            void **from = x->items() + x->first;
-            for (void **s = x->items() + x->last; s != from;) {
+            void **from = x->items + x->first;
+            for (void **s = x->items + x->last; s != from;) {
                 delete static_cast<T *>(*--s);
             }
         }
