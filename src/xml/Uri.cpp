@@ -299,17 +299,18 @@ Uri Uri::fromLocalFile(std::string const &path) {
     info.makeAbsolute();
     QDir dir = info.dir();
     const QString canonical = dir.canonicalPath();
-    if (canonical.isEmpty()) {
-        // Qt takes a path that starts with "//" for a network share's; here it is the root.
-        QString path = info.filePath();
-        qsizetype slashes = 0;
-        while (slashes + 1 < path.size() && path[slashes] == u'/' && path[slashes + 1] == u'/') {
-            ++slashes;
-        }
-        return Uri(new UriImpl(QUrl::fromLocalFile(path.mid(slashes))));
+    QString local = info.filePath();
+    if (!canonical.isEmpty()) {
+        dir.setPath(canonical);
+        local = dir.filePath(info.fileName());
     }
-    dir.setPath(canonical);
-    return Uri(new UriImpl(QUrl::fromLocalFile(dir.filePath(info.fileName()))));
+    // Qt takes a path that starts with "//" for a network share's; here it is the root. Such a
+    // path survives canonicalPath() too, when the name is too long for the system to resolve.
+    qsizetype slashes = 0;
+    while (slashes + 1 < local.size() && local[slashes] == u'/' && local[slashes + 1] == u'/') {
+        ++slashes;
+    }
+    return Uri(new UriImpl(QUrl::fromLocalFile(local.mid(slashes))));
 }
 
 Uri Uri::fromLocalFileOrUri(std::string const &value) {
