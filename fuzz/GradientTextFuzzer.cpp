@@ -1,7 +1,7 @@
 // Feeds arbitrary text to the gradient's text reader, through `GradientType` and through
 // `Gradient::fromString` on a gradient that already holds one. Beyond not crashing, leaking or
 // hanging (a stop count is only a bound): a failed read is worded exactly; a gradient that read
-// writes a text that reads without failure into a gradient with the very same text, and its
+// writes a text that reads without failure, whose own text reads back to itself, and its
 // byte stream reads back into the same bytes; and the console line carries the text.
 //
 // The test suite compiles this file too, under another entry name, to replay the kept corpus.
@@ -50,13 +50,21 @@ std::vector<unsigned char> bytesOf(VORT::Gradient const &gradient) {
     return bytes;
 }
 
+VORT::Gradient readBack(std::string const &text) {
+    std::istringstream in(text);
+    VORT::Gradient gradient;
+    VORT::Gradient::streamFromFile(in, gradient);
+    check(!in.fail(), "a written text reads back");
+    return gradient;
+}
+
 void checkReadGradient(VORT::Gradient const &gradient) {
-    const std::string text = gradient.toString();
-    std::istringstream again(text);
-    VORT::Gradient second;
-    VORT::Gradient::streamFromFile(again, second);
-    check(!again.fail(), "a written text reads back");
-    check(second.toString() == text, "a written text is stable");
+    // Six significant digits can give two stops one position, and a gradient keeps one stop per
+    // position: the first text may lose stops, the second has nothing left to merge.
+    const VORT::Gradient second = readBack(gradient.toString());
+    check(second.getStopCount() <= gradient.getStopCount(), "reading adds no stops");
+    const std::string text = second.toString();
+    check(readBack(text).toString() == text, "a written text is stable once read");
 
     const std::vector<unsigned char> bytes = bytesOf(gradient);
     check(bytes.size() == static_cast<std::size_t>(gradient.getByteStreamSize()),
