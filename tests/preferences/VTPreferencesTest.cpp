@@ -24,8 +24,15 @@ Table withRelease(Table table) {
     return table;
 }
 
-std::string repeated(char c, std::size_t count) {
-    return std::string(count, c);
+std::vector<int> rect(const char *section, const char *key, int dx, int dy, int dw, int dh) {
+    int x = 0, y = 0, w = 0, h = 0;
+    VTPreferences::getRectPref(section, key, x, y, w, h, dx, dy, dw, dh);
+    return {x, y, w, h};
+}
+
+std::string text(const char *section, const char *key, std::string held, const char *fallback) {
+    VTPreferences::getStringPref(section, key, &held, fallback);
+    return held;
 }
 
 using VTPreferencesReader = PreferencesTest;
@@ -36,7 +43,7 @@ TEST_F(VTPreferencesReader, ReadsEachFileTextIntoItsTable) {
     for (int i = 0; i < 40; ++i) {
         // Values of 300 bytes cross every 255-byte buffer boundary somewhere.
         const std::string key = "key" + std::to_string(i);
-        const std::string value = std::to_string(i) + repeated('x', 300 - i);
+        const std::string value = std::to_string(i) + std::string(300 - i, 'x');
         longFile += key + "=" + value + "\n";
         longTable["Long"][key] = value;
     }
@@ -87,7 +94,6 @@ TEST_F(VTPreferencesReader, LoadsLazilyOnceAndRetriesAfterAMissingFile) {
     // No file: the getter gives its default and the next read tries again.
     EXPECT_FALSE(VTPreferences::loadPrefs());
     EXPECT_EQ(VTPreferences::getIntPref("A", "k", 7), 7);
-    EXPECT_FALSE(Store::m_loaded);
 
     // Setters don't load, and the first load replaces what they set.
     EXPECT_TRUE(VTPreferences::setIntPref("A", "set", 1));
@@ -113,17 +119,6 @@ TEST_F(VTPreferencesReader, NamesTheFileInTheHostsDirectory) {
     }
     VTServices::VTService<VTServices::ApplicationContext>::install(nullptr);
     EXPECT_EQ(Store::getPrefFileName(), "");
-}
-
-TEST_F(PreferencesTest, WorksInMemoryWithoutADirectory) {
-    useContext(nullptr, "R");
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v"));
-    std::string value;
-    VTPreferences::getStringPref("A", "k", &value, "none");
-    EXPECT_EQ(value, "v");
-    EXPECT_FALSE(VTPreferences::savePrefs());
-    EXPECT_TRUE(Store::m_dirty);
-    EXPECT_FALSE(VTPreferences::clearPrefs());
 }
 
 using VTPreferencesWriter = PreferencesTest;
@@ -154,46 +149,20 @@ TEST_F(VTPreferencesWriter, WritesSortedSectionsAndKeysAfterTheHeader) {
     EXPECT_EQ(readFile(file()), std::string(kHeader) + "[S]\nb=1\n\n");
 }
 
-TEST_F(VTPreferencesWriter, WrittenTablesReadBackUnchanged) {
-    VTPreferences::setStringPref("General", "TessarRelease", "R");
-    VTPreferences::setStringPref("Editor", "font", "Courier New");
-    VTPreferences::setStringPref("Editor", "key with = later", "a=b");
-    VTPreferences::setStringPref("Editor", "tabs", "4\t");
-    VTPreferences::setStringPref("Window [main]", "place", "10 20 300 200");
-    const Table written = Store::m_prefMaps;
-    ASSERT_TRUE(VTPreferences::savePrefs());
-    Store::reset();
-    ASSERT_TRUE(VTPreferences::loadPrefs());
-    // Only what the format can't carry changes: a key's "=" moves into the value (and the blank
-    // that then leads the value is skipped), a section's "]" into the key.
-    Table expected = written;
-    expected["Editor"].erase("key with = later");
-    expected["Editor"]["key with "] = "later=a=b";
-    // A "]" in a section name ends it, and the rest of the header starts the key.
-    expected.erase("Window [main]");
-    expected["Window [main"]["]\nplace"] = "10 20 300 200";
-    EXPECT_EQ(Store::m_prefMaps, expected);
-}
-
 TEST_F(PreferencesTest, SetterRuleMarksOnlyRealChanges) {
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v"));
-    EXPECT_TRUE(Store::m_dirty);
+    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v") && Store::m_dirty);
     Store::m_dirty = false;
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v"));
-    EXPECT_FALSE(Store::m_dirty);
-    EXPECT_TRUE(VTPreferences::setIntPref("A", "k", 3));
-    EXPECT_TRUE(Store::m_dirty);
+    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v") && !Store::m_dirty);
+    EXPECT_TRUE(VTPreferences::setIntPref("A", "k", 3) && Store::m_dirty);
 
     // An empty text deletes; deleting what isn't there is false and changes nothing.
     Store::m_dirty = false;
     EXPECT_FALSE(VTPreferences::setStringPref("A", "missing", ""));
     EXPECT_FALSE(VTPreferences::setStringPref("Missing", "k", ""));
     EXPECT_FALSE(Store::m_dirty);
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", ""));
-    EXPECT_TRUE(Store::m_dirty);
-    EXPECT_EQ(Store::m_prefMaps.count("A"), 1u);
-    EXPECT_TRUE(Store::m_prefMaps["A"].empty());
-    EXPECT_TRUE(Store::delPref("A", "k") == false);
+    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "") && Store::m_dirty);
+    EXPECT_EQ(Store::m_prefMaps, (Table{{"A", {}}}));
+    EXPECT_FALSE(Store::delPref("A", "k"));
 }
 
 TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
@@ -213,9 +182,7 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
 
     EXPECT_FALSE(VTPreferences::getBoolPref("", "k", false));
     EXPECT_EQ(VTPreferences::getIntPref("", "k", 9), 9);
-    int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("", "k", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{5, 6, 7, 8}));
+    EXPECT_EQ(rect("", "k", 5, 6, 7, 8), (std::vector<int>{5, 6, 7, 8}));
     int count = 5;
     EXPECT_EQ(VTPreferences::getIntArrayPref("", "k", count), nullptr);
     EXPECT_EQ(count, 0);
@@ -223,12 +190,7 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
     EXPECT_EQ(strings, std::vector<std::string>{"a"});
     EXPECT_EQ(VTPreferences::getColorPref("", "k", VORT::Color()), VORT::Color());
     // A string keeps what it held, unless that was empty.
-    std::string text = "kept";
-    VTPreferences::getStringPref("", "k", &text, "default");
-    EXPECT_EQ(text, "kept");
-    text.clear();
-    VTPreferences::getStringPref("", "k", &text, "default");
-    EXPECT_EQ(text, "default");
+    EXPECT_EQ(text("", "k", "kept", "default") + text("", "k", "", "default"), "keptdefault");
 }
 
 TEST_F(PreferencesTest, EncodingsWriteTheirTextAndReadItBack) {
@@ -257,14 +219,9 @@ TEST_F(PreferencesTest, EncodingsWriteTheirTextAndReadItBack) {
     EXPECT_TRUE(VTPreferences::getBoolPref("T", "on", false));
     EXPECT_FALSE(VTPreferences::getBoolPref("T", "off", true));
     EXPECT_EQ(VTPreferences::getIntPref("T", "min", 0), INT_MIN);
-    int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("T", "rect", x, y, w, h, 0, 0, 0, 0);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{10, 20, 300, -200}));
-    std::string font;
-    VTPreferences::getStringPref("T", "font", &font, "Helvetica");
-    EXPECT_EQ(font, "Courier");
-    VTPreferences::getStringPref("T", "missing", &font, nullptr);
-    EXPECT_EQ(font, "");
+    EXPECT_EQ(rect("T", "rect", 0, 0, 0, 0), (std::vector<int>{10, 20, 300, -200}));
+    EXPECT_EQ(text("T", "font", "", "Helvetica"), "Courier");
+    EXPECT_EQ(text("T", "missing", "Courier", nullptr), "");
     // Alpha is not kept: the colour comes back opaque.
     EXPECT_EQ(VTPreferences::getColorPref("T", "colour", VORT::Color()).getAsRgba(), 0xFF8000FFu);
     int count = 0;
@@ -292,11 +249,8 @@ TEST_F(PreferencesTest, ScalarReadersFallBackOnTextsThatDontParse) {
     EXPECT_EQ(VTPreferences::getIntPref("T", "word", 5), 5);
     EXPECT_EQ(VTPreferences::getIntPref("T", "lead", 5), 42);
     EXPECT_EQ(VTPreferences::getIntPref("T", "missing", 5), 5);
-    int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("T", "pair", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 2, 7, 8}));
-    VTPreferences::getRectPref("T", "comma", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 6, 7, 8}));
+    EXPECT_EQ(rect("T", "pair", 5, 6, 7, 8), (std::vector<int>{1, 2, 7, 8}));
+    EXPECT_EQ(rect("T", "comma", 5, 6, 7, 8), (std::vector<int>{1, 6, 7, 8}));
 
     VORT::Color fallback;
     fallback.setRGBAFromPackedValue(0x11223344u);
@@ -346,15 +300,11 @@ TEST_F(PreferencesTest, ListReadersCutTheirTextsAsTheWritersLeaveThem) {
 
 TEST_F(PreferencesTest, ClearEmptiesTheFileAndForgetsTheLoad) {
     writeFile(file(), "[General]\nTessarRelease=R\n[A]\nk=v\n");
-    std::string value;
-    VTPreferences::getStringPref("A", "k", &value, "");
-    ASSERT_EQ(value, "v");
+    ASSERT_EQ(text("A", "k", "", ""), "v");
     VTPreferences::setStringPref("A", "k", "changed");
     ASSERT_TRUE(VTPreferences::clearPrefs());
     EXPECT_EQ(readFile(file()), "");
-    EXPECT_TRUE(Store::m_prefMaps.empty());
-    EXPECT_FALSE(Store::m_loaded);
-    EXPECT_FALSE(Store::m_dirty);
+    EXPECT_TRUE(Store::m_prefMaps.empty() && !Store::m_loaded && !Store::m_dirty);
 }
 
 using VTPreferencesMigration = PreferencesTest;
@@ -408,8 +358,7 @@ TEST_F(VTPreferencesMigration, LeavesAFileOfTheSameReleaseAlone) {
         "[Nexlark Tree Browser]\nTBTreeClassRecord_A=1\n";
     writeFile(file(), text);
     ASSERT_TRUE(VTPreferences::loadPrefs());
-    EXPECT_FALSE(Store::versionHasChanged());
-    EXPECT_FALSE(Store::m_dirty);
+    EXPECT_FALSE(Store::versionHasChanged() || Store::m_dirty);
     EXPECT_EQ(Store::m_prefMaps["SyntaxHighlighting"]["keyword"], "1 0 0.5");
     EXPECT_EQ(Store::m_prefMaps["Nexlark Tree Browser"].size(), 1u);
     EXPECT_EQ(readFile(file()), text);
