@@ -47,46 +47,39 @@ TEST_F(VTPreferencesReader, ReadsEachFileTextIntoItsTable) {
         longFile += key + "=" + value + "\n";
         longTable["Long"][key] = value;
     }
-    struct Case {
-        const char *what;
-        std::string text;
-        Table expected;
+    const std::pair<std::string, Table> cases[] = {
+        {"[A]\nk=v\n", {{"A", {{"k", "v"}}}}},
+        // A last line without a line break is lost.
+        {"[A]\nk=v", {}},
+        {"# note\n  [A]\n\t k=v\n#k=w\n", {{"A", {{"k", "v"}}}}},
+        // An empty value takes the next non-blank line.
+        {"[A]\nk=\n\n   next line\nm=n\n", {{"A", {{"k", "next line"}, {"m", "n"}}}}},
+        // A key above the first section, a line beginning with "=" or an empty section name
+        // swallows the file.
+        {"k=v\n[A]\nm=n\n", {}},
+        {"[A]\n=v\nm=n\n", {}},
+        {"[]\nk=v\n[A]\nm=n\n", {}},
+        // Blanks before "=" and inside the value stay.
+        {"[A]\nk =  v w \n", {{"A", {{"k ", "v w "}}}}},
+        {"[A]x=1\n", {{"A", {{"x", "1"}}}}},
+        // Later values replace earlier ones.
+        {"[A]\nk=v\n[B]\nk=w\n[A]\nk=z\n", {{"A", {{"k", "z"}}}, {"B", {{"k", "w"}}}}},
+        {"[A]\r\nk=v\r\n", {{"A", {{"k", "v\r"}}}}},
+        {"[A]\nk=a=b\n", {{"A", {{"k", "a=b"}}}}},
+        // A line without "=" runs into the next key; section names may span lines.
+        {"[A]\nfoo\nbar=baz\n", {{"A", {{"foo\nbar", "baz"}}}}},
+        {"[A\nB]\nk=v\n", {{"A\nB", {{"k", "v"}}}}},
+        {"[B]\nb=1\n[A]\na=1\n[B]\nc=2\n", {{"A", {{"a", "1"}}}, {"B", {{"b", "1"}, {"c", "2"}}}}},
+        // A value's line break waits for the missing parts.
+        {"[A]\nk=\n", {}},
+        {longFile, longTable},
     };
-    const Case cases[] = {
-        {"one key", "[A]\nk=v\n", {{"A", {{"k", "v"}}}}},
-        {"a last line without a line break is lost", "[A]\nk=v", {}},
-        {"comments and leading blanks", "# note\n  [A]\n\t k=v\n#k=w\n", {{"A", {{"k", "v"}}}}},
-        {"empty value takes the next non-blank line",
-         "[A]\nk=\n\n   next line\nm=n\n",
-         {{"A", {{"k", "next line"}, {"m", "n"}}}}},
-        {"a key above the first section swallows the file", "k=v\n[A]\nm=n\n", {}},
-        {"a line beginning with = swallows the file", "[A]\n=v\nm=n\n", {}},
-        {"an empty section name swallows the file", "[]\nk=v\n[A]\nm=n\n", {}},
-        {"blanks before = and inside the value stay",
-         "[A]\nk =  v w \n",
-         {{"A", {{"k ", "v w "}}}}},
-        {"a key right behind the section header", "[A]x=1\n", {{"A", {{"x", "1"}}}}},
-        {"later values replace earlier ones",
-         "[A]\nk=v\n[B]\nk=w\n[A]\nk=z\n",
-         {{"A", {{"k", "z"}}}, {"B", {{"k", "w"}}}}},
-        {"a carriage return belongs to the value", "[A]\r\nk=v\r\n", {{"A", {{"k", "v\r"}}}}},
-        {"= inside the value", "[A]\nk=a=b\n", {{"A", {{"k", "a=b"}}}}},
-        {"a line without = runs into the next key",
-         "[A]\nfoo\nbar=baz\n",
-         {{"A", {{"foo\nbar", "baz"}}}}},
-        {"section names may span lines", "[A\nB]\nk=v\n", {{"A\nB", {{"k", "v"}}}}},
-        {"sections may repeat and interleave",
-         "[B]\nb=1\n[A]\na=1\n[B]\nc=2\n",
-         {{"A", {{"a", "1"}}}, {"B", {{"b", "1"}, {"c", "2"}}}}},
-        {"a value's line break waits for the missing parts", "[A]\nk=\n", {}},
-        {"long values across buffers", longFile, longTable},
-    };
-    for (Case const &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (auto const &[bytes, expected] : cases) {
+        SCOPED_TRACE(bytes.substr(0, 40));
         Store::reset();
-        writeFile(file(), c.text);
+        writeFile(file(), bytes);
         ASSERT_TRUE(VTPreferences::loadPrefs());
-        EXPECT_EQ(Store::m_prefMaps, withRelease(c.expected));
+        EXPECT_EQ(Store::m_prefMaps, withRelease(expected));
     }
 }
 
@@ -321,18 +314,17 @@ TEST_F(VTPreferencesMigration, ConvertsOldColoursAndDropsTreeRecordsOnAReleaseCh
         writeFile(file(), text);
         ASSERT_TRUE(VTPreferences::loadPrefs());
 
-        Table expected;
+        Table expected = {
+            {"General", {{"TessarRelease", "R"}}},
+            {"Nexlark Tree Browser", {{"width", "300"}, {"TBTreeClass", "3"}}},
+            {"SyntaxHighlighting", c.converts ? VTPreferences::Section{{"keyword", "255 0 128"},
+                                                                       {"comment", "51 102 153"},
+                                                                       {"odd", "128 0 0"}}
+                                              : VTPreferences::Section{{"keyword", "1 0 0.5"},
+                                                                       {"comment", "0.2 0.4 0.6"},
+                                                                       {"odd", "0.5 x"}}}};
         if (c.oldRelease != nullptr) {
             expected["General"]["other"] = "1";
-        }
-        expected["General"]["TessarRelease"] = "R";
-        expected["Nexlark Tree Browser"] = {{"width", "300"}, {"TBTreeClass", "3"}};
-        if (c.converts) {
-            expected["SyntaxHighlighting"] = {
-                {"keyword", "255 0 128"}, {"comment", "51 102 153"}, {"odd", "128 0 0"}};
-        } else {
-            expected["SyntaxHighlighting"] = {
-                {"keyword", "1 0 0.5"}, {"comment", "0.2 0.4 0.6"}, {"odd", "0.5 x"}};
         }
         EXPECT_EQ(Store::m_prefMaps, expected);
         // The migration saved what it did.
