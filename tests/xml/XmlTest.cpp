@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -31,14 +32,9 @@ void call(XmlWriter &writer, std::string const &step) {
     const std::string::size_type colon = step.find(':');
     const std::string name = step.substr(0, colon);
     std::vector<std::string> a;
-    if (colon != std::string::npos) {
-        std::string rest = step.substr(colon + 1);
-        std::string::size_type comma;
-        while ((comma = rest.find(',')) != std::string::npos) {
-            a.push_back(rest.substr(0, comma));
-            rest.erase(0, comma + 1);
-        }
-        a.push_back(rest);
+    std::istringstream args(colon != std::string::npos ? step.substr(colon + 1) : "");
+    for (std::string arg; std::getline(args, arg, ',');) {
+        a.push_back(arg);
     }
     if (name == "doc") {
         writer.writeStartDocument("1.0");
