@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <unistd.h>
 
@@ -19,38 +20,34 @@ namespace vort_test {
 // What the host answers; a null directory or release is kept as such.
 class TestContext : public VTServices::ApplicationContext {
 public:
-    TestContext(const char *directory, const char *release)
-        : m_hasDirectory(directory != nullptr),
-          m_directory(directory != nullptr ? directory : ""),
-          m_hasRelease(release != nullptr),
-          m_release(release != nullptr ? release : "") {}
-
-    const char *getPreferencesDirectory(bool) override {
-        return m_hasDirectory ? m_directory.c_str() : nullptr;
+    TestContext(const char *directory, const char *release) {
+        if (directory != nullptr) {
+            m_directory = directory;
+        }
+        if (release != nullptr) {
+            m_release = release;
+        }
     }
-    const char *getRelease() override { return m_hasRelease ? m_release.c_str() : nullptr; }
+    const char *getPreferencesDirectory(bool) override {
+        return m_directory ? m_directory->c_str() : nullptr;
+    }
+    const char *getRelease() override { return m_release ? m_release->c_str() : nullptr; }
 
 private:
-    bool m_hasDirectory;
-    std::string m_directory;
-    bool m_hasRelease;
-    std::string m_release;
+    std::optional<std::string> m_directory, m_release;
 };
 
 struct Store : VTPreferences {
     using VTPreferences::delPref;
-    using VTPreferences::getPref;
     using VTPreferences::getPrefFileName;
     using VTPreferences::m_dirty;
     using VTPreferences::m_loaded;
     using VTPreferences::m_prefMaps;
-    using VTPreferences::setPref;
     using VTPreferences::versionHasChanged;
 
     static void reset() {
         m_prefMaps.clear();
-        m_loaded = false;
-        m_dirty = false;
+        m_loaded = m_dirty = false;
     }
 };
 
@@ -60,16 +57,14 @@ inline std::string readFile(const std::filesystem::path &path) {
 }
 
 inline void writeFile(const std::filesystem::path &path, const std::string &bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 // A fresh directory per test, named by the host context with release "R", and an empty store.
 class PreferencesTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        const ::testing::TestInfo *const info =
-            ::testing::UnitTest::GetInstance()->current_test_info();
+        const ::testing::TestInfo *info = ::testing::UnitTest::GetInstance()->current_test_info();
         m_directory = std::filesystem::temp_directory_path() /
                       (std::string("vort-prefs-") + info->test_suite_name() + "-" + info->name() +
                        "-" + std::to_string(::getpid()));

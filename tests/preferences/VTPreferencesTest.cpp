@@ -24,8 +24,15 @@ Table withRelease(Table table) {
     return table;
 }
 
-std::string repeated(char c, std::size_t count) {
-    return std::string(count, c);
+std::vector<int> rect(const char *section, const char *key, int dx, int dy, int dw, int dh) {
+    int x = 0, y = 0, w = 0, h = 0;
+    VTPreferences::getRectPref(section, key, x, y, w, h, dx, dy, dw, dh);
+    return {x, y, w, h};
+}
+
+std::string text(const char *section, const char *key, std::string held, const char *fallback) {
+    VTPreferences::getStringPref(section, key, &held, fallback);
+    return held;
 }
 
 using VTPreferencesReader = PreferencesTest;
@@ -36,50 +43,43 @@ TEST_F(VTPreferencesReader, ReadsEachFileTextIntoItsTable) {
     for (int i = 0; i < 40; ++i) {
         // Values of 300 bytes cross every 255-byte buffer boundary somewhere.
         const std::string key = "key" + std::to_string(i);
-        const std::string value = std::to_string(i) + repeated('x', 300 - i);
+        const std::string value = std::to_string(i) + std::string(300 - i, 'x');
         longFile += key + "=" + value + "\n";
         longTable["Long"][key] = value;
     }
-    struct Case {
-        const char *what;
-        std::string text;
-        Table expected;
+    const std::pair<std::string, Table> cases[] = {
+        {"[A]\nk=v\n", {{"A", {{"k", "v"}}}}},
+        // A last line without a line break is lost.
+        {"[A]\nk=v", {}},
+        {"# note\n  [A]\n\t k=v\n#k=w\n", {{"A", {{"k", "v"}}}}},
+        // An empty value takes the next non-blank line.
+        {"[A]\nk=\n\n   next line\nm=n\n", {{"A", {{"k", "next line"}, {"m", "n"}}}}},
+        // A key above the first section, a line beginning with "=" or an empty section name
+        // swallows the file.
+        {"k=v\n[A]\nm=n\n", {}},
+        {"[A]\n=v\nm=n\n", {}},
+        {"[]\nk=v\n[A]\nm=n\n", {}},
+        // Blanks before "=" and inside the value stay.
+        {"[A]\nk =  v w \n", {{"A", {{"k ", "v w "}}}}},
+        {"[A]x=1\n", {{"A", {{"x", "1"}}}}},
+        // Later values replace earlier ones.
+        {"[A]\nk=v\n[B]\nk=w\n[A]\nk=z\n", {{"A", {{"k", "z"}}}, {"B", {{"k", "w"}}}}},
+        {"[A]\r\nk=v\r\n", {{"A", {{"k", "v\r"}}}}},
+        {"[A]\nk=a=b\n", {{"A", {{"k", "a=b"}}}}},
+        // A line without "=" runs into the next key; section names may span lines.
+        {"[A]\nfoo\nbar=baz\n", {{"A", {{"foo\nbar", "baz"}}}}},
+        {"[A\nB]\nk=v\n", {{"A\nB", {{"k", "v"}}}}},
+        {"[B]\nb=1\n[A]\na=1\n[B]\nc=2\n", {{"A", {{"a", "1"}}}, {"B", {{"b", "1"}, {"c", "2"}}}}},
+        // A value's line break waits for the missing parts.
+        {"[A]\nk=\n", {}},
+        {longFile, longTable},
     };
-    const Case cases[] = {
-        {"one key", "[A]\nk=v\n", {{"A", {{"k", "v"}}}}},
-        {"a last line without a line break is lost", "[A]\nk=v", {}},
-        {"comments and leading blanks", "# note\n  [A]\n\t k=v\n#k=w\n", {{"A", {{"k", "v"}}}}},
-        {"empty value takes the next non-blank line",
-         "[A]\nk=\n\n   next line\nm=n\n",
-         {{"A", {{"k", "next line"}, {"m", "n"}}}}},
-        {"a key above the first section swallows the file", "k=v\n[A]\nm=n\n", {}},
-        {"a line beginning with = swallows the file", "[A]\n=v\nm=n\n", {}},
-        {"an empty section name swallows the file", "[]\nk=v\n[A]\nm=n\n", {}},
-        {"blanks before = and inside the value stay",
-         "[A]\nk =  v w \n",
-         {{"A", {{"k ", "v w "}}}}},
-        {"a key right behind the section header", "[A]x=1\n", {{"A", {{"x", "1"}}}}},
-        {"later values replace earlier ones",
-         "[A]\nk=v\n[B]\nk=w\n[A]\nk=z\n",
-         {{"A", {{"k", "z"}}}, {"B", {{"k", "w"}}}}},
-        {"a carriage return belongs to the value", "[A]\r\nk=v\r\n", {{"A", {{"k", "v\r"}}}}},
-        {"= inside the value", "[A]\nk=a=b\n", {{"A", {{"k", "a=b"}}}}},
-        {"a line without = runs into the next key",
-         "[A]\nfoo\nbar=baz\n",
-         {{"A", {{"foo\nbar", "baz"}}}}},
-        {"section names may span lines", "[A\nB]\nk=v\n", {{"A\nB", {{"k", "v"}}}}},
-        {"sections may repeat and interleave",
-         "[B]\nb=1\n[A]\na=1\n[B]\nc=2\n",
-         {{"A", {{"a", "1"}}}, {"B", {{"b", "1"}, {"c", "2"}}}}},
-        {"a value's line break waits for the missing parts", "[A]\nk=\n", {}},
-        {"long values across buffers", longFile, longTable},
-    };
-    for (Case const &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (auto const &[bytes, expected] : cases) {
+        SCOPED_TRACE(bytes.substr(0, 40));
         Store::reset();
-        writeFile(file(), c.text);
+        writeFile(file(), bytes);
         ASSERT_TRUE(VTPreferences::loadPrefs());
-        EXPECT_EQ(Store::m_prefMaps, withRelease(c.expected));
+        EXPECT_EQ(Store::m_prefMaps, withRelease(expected));
     }
 }
 
@@ -87,7 +87,6 @@ TEST_F(VTPreferencesReader, LoadsLazilyOnceAndRetriesAfterAMissingFile) {
     // No file: the getter gives its default and the next read tries again.
     EXPECT_FALSE(VTPreferences::loadPrefs());
     EXPECT_EQ(VTPreferences::getIntPref("A", "k", 7), 7);
-    EXPECT_FALSE(Store::m_loaded);
 
     // Setters don't load, and the first load replaces what they set.
     EXPECT_TRUE(VTPreferences::setIntPref("A", "set", 1));
@@ -113,17 +112,6 @@ TEST_F(VTPreferencesReader, NamesTheFileInTheHostsDirectory) {
     }
     VTServices::VTService<VTServices::ApplicationContext>::install(nullptr);
     EXPECT_EQ(Store::getPrefFileName(), "");
-}
-
-TEST_F(PreferencesTest, WorksInMemoryWithoutADirectory) {
-    useContext(nullptr, "R");
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v"));
-    std::string value;
-    VTPreferences::getStringPref("A", "k", &value, "none");
-    EXPECT_EQ(value, "v");
-    EXPECT_FALSE(VTPreferences::savePrefs());
-    EXPECT_TRUE(Store::m_dirty);
-    EXPECT_FALSE(VTPreferences::clearPrefs());
 }
 
 using VTPreferencesWriter = PreferencesTest;
@@ -154,46 +142,20 @@ TEST_F(VTPreferencesWriter, WritesSortedSectionsAndKeysAfterTheHeader) {
     EXPECT_EQ(readFile(file()), std::string(kHeader) + "[S]\nb=1\n\n");
 }
 
-TEST_F(VTPreferencesWriter, WrittenTablesReadBackUnchanged) {
-    VTPreferences::setStringPref("General", "TessarRelease", "R");
-    VTPreferences::setStringPref("Editor", "font", "Courier New");
-    VTPreferences::setStringPref("Editor", "key with = later", "a=b");
-    VTPreferences::setStringPref("Editor", "tabs", "4\t");
-    VTPreferences::setStringPref("Window [main]", "place", "10 20 300 200");
-    const Table written = Store::m_prefMaps;
-    ASSERT_TRUE(VTPreferences::savePrefs());
-    Store::reset();
-    ASSERT_TRUE(VTPreferences::loadPrefs());
-    // Only what the format can't carry changes: a key's "=" moves into the value (and the blank
-    // that then leads the value is skipped), a section's "]" into the key.
-    Table expected = written;
-    expected["Editor"].erase("key with = later");
-    expected["Editor"]["key with "] = "later=a=b";
-    // A "]" in a section name ends it, and the rest of the header starts the key.
-    expected.erase("Window [main]");
-    expected["Window [main"]["]\nplace"] = "10 20 300 200";
-    EXPECT_EQ(Store::m_prefMaps, expected);
-}
-
 TEST_F(PreferencesTest, SetterRuleMarksOnlyRealChanges) {
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v"));
-    EXPECT_TRUE(Store::m_dirty);
+    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v") && Store::m_dirty);
     Store::m_dirty = false;
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v"));
-    EXPECT_FALSE(Store::m_dirty);
-    EXPECT_TRUE(VTPreferences::setIntPref("A", "k", 3));
-    EXPECT_TRUE(Store::m_dirty);
+    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v") && !Store::m_dirty);
+    EXPECT_TRUE(VTPreferences::setIntPref("A", "k", 3) && Store::m_dirty);
 
     // An empty text deletes; deleting what isn't there is false and changes nothing.
     Store::m_dirty = false;
     EXPECT_FALSE(VTPreferences::setStringPref("A", "missing", ""));
     EXPECT_FALSE(VTPreferences::setStringPref("Missing", "k", ""));
     EXPECT_FALSE(Store::m_dirty);
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", ""));
-    EXPECT_TRUE(Store::m_dirty);
-    EXPECT_EQ(Store::m_prefMaps.count("A"), 1u);
-    EXPECT_TRUE(Store::m_prefMaps["A"].empty());
-    EXPECT_TRUE(Store::delPref("A", "k") == false);
+    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "") && Store::m_dirty);
+    EXPECT_EQ(Store::m_prefMaps, (Table{{"A", {}}}));
+    EXPECT_FALSE(Store::delPref("A", "k"));
 }
 
 TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
@@ -213,9 +175,7 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
 
     EXPECT_FALSE(VTPreferences::getBoolPref("", "k", false));
     EXPECT_EQ(VTPreferences::getIntPref("", "k", 9), 9);
-    int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("", "k", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{5, 6, 7, 8}));
+    EXPECT_EQ(rect("", "k", 5, 6, 7, 8), (std::vector<int>{5, 6, 7, 8}));
     int count = 5;
     EXPECT_EQ(VTPreferences::getIntArrayPref("", "k", count), nullptr);
     EXPECT_EQ(count, 0);
@@ -223,12 +183,7 @@ TEST_F(PreferencesTest, EveryTypedOperationIgnoresAnEmptySection) {
     EXPECT_EQ(strings, std::vector<std::string>{"a"});
     EXPECT_EQ(VTPreferences::getColorPref("", "k", VORT::Color()), VORT::Color());
     // A string keeps what it held, unless that was empty.
-    std::string text = "kept";
-    VTPreferences::getStringPref("", "k", &text, "default");
-    EXPECT_EQ(text, "kept");
-    text.clear();
-    VTPreferences::getStringPref("", "k", &text, "default");
-    EXPECT_EQ(text, "default");
+    EXPECT_EQ(text("", "k", "kept", "default") + text("", "k", "", "default"), "keptdefault");
 }
 
 TEST_F(PreferencesTest, EncodingsWriteTheirTextAndReadItBack) {
@@ -245,36 +200,22 @@ TEST_F(PreferencesTest, EncodingsWriteTheirTextAndReadItBack) {
                 VTPreferences::setColorPref("T", "colour", translucent) &&
                 VTPreferences::setIntArrayPref("T", "ints", pair, 2) &&
                 VTPreferences::setStringVectorPref("T", "words", &words));
-    EXPECT_EQ(Store::m_prefMaps["T"], (VTPreferences::Section{{"on", "1"},
-                                                              {"off", "0"},
-                                                              {"min", "-2147483648"},
-                                                              {"rect", "10 20 300 -200"},
-                                                              {"font", "Courier"},
-                                                              {"colour", "255 128 0"},
-                                                              {"ints", "1 2 "},
-                                                              {"words", "a,b,"}}));
+    std::string section;
+    for (auto const &[key, value] : Store::m_prefMaps["T"]) {
+        section += key + "=" + value + ";";
+    }
+    EXPECT_EQ(section,
+              "colour=255 128 0;font=Courier;ints=1 2 ;min=-2147483648;off=0;on=1;"
+              "rect=10 20 300 -200;words=a,b,;");
 
     EXPECT_TRUE(VTPreferences::getBoolPref("T", "on", false));
     EXPECT_FALSE(VTPreferences::getBoolPref("T", "off", true));
     EXPECT_EQ(VTPreferences::getIntPref("T", "min", 0), INT_MIN);
-    int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("T", "rect", x, y, w, h, 0, 0, 0, 0);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{10, 20, 300, -200}));
-    std::string font;
-    VTPreferences::getStringPref("T", "font", &font, "Helvetica");
-    EXPECT_EQ(font, "Courier");
-    VTPreferences::getStringPref("T", "missing", &font, nullptr);
-    EXPECT_EQ(font, "");
+    EXPECT_EQ(rect("T", "rect", 0, 0, 0, 0), (std::vector<int>{10, 20, 300, -200}));
+    EXPECT_EQ(text("T", "font", "", "Helvetica"), "Courier");
+    EXPECT_EQ(text("T", "missing", "Courier", nullptr), "");
     // Alpha is not kept: the colour comes back opaque.
     EXPECT_EQ(VTPreferences::getColorPref("T", "colour", VORT::Color()).getAsRgba(), 0xFF8000FFu);
-    int count = 0;
-    int *ints = VTPreferences::getIntArrayPref("T", "ints", count);
-    EXPECT_EQ(std::vector<int>(ints, ints + count), (std::vector<int>{1, 2}));
-    delete[] ints;
-    std::vector<std::string> read;
-    VTPreferences::getStringVectorPref("T", "words", &read);
-    EXPECT_EQ(read, words);
-
     // Empty arrays and vectors delete.
     std::vector<std::string> none;
     EXPECT_TRUE(VTPreferences::setIntArrayPref("T", "ints", pair, -1) &&
@@ -292,11 +233,8 @@ TEST_F(PreferencesTest, ScalarReadersFallBackOnTextsThatDontParse) {
     EXPECT_EQ(VTPreferences::getIntPref("T", "word", 5), 5);
     EXPECT_EQ(VTPreferences::getIntPref("T", "lead", 5), 42);
     EXPECT_EQ(VTPreferences::getIntPref("T", "missing", 5), 5);
-    int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("T", "pair", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 2, 7, 8}));
-    VTPreferences::getRectPref("T", "comma", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 6, 7, 8}));
+    EXPECT_EQ(rect("T", "pair", 5, 6, 7, 8), (std::vector<int>{1, 2, 7, 8}));
+    EXPECT_EQ(rect("T", "comma", 5, 6, 7, 8), (std::vector<int>{1, 6, 7, 8}));
 
     VORT::Color fallback;
     fallback.setRGBAFromPackedValue(0x11223344u);
@@ -346,15 +284,11 @@ TEST_F(PreferencesTest, ListReadersCutTheirTextsAsTheWritersLeaveThem) {
 
 TEST_F(PreferencesTest, ClearEmptiesTheFileAndForgetsTheLoad) {
     writeFile(file(), "[General]\nTessarRelease=R\n[A]\nk=v\n");
-    std::string value;
-    VTPreferences::getStringPref("A", "k", &value, "");
-    ASSERT_EQ(value, "v");
+    ASSERT_EQ(text("A", "k", "", ""), "v");
     VTPreferences::setStringPref("A", "k", "changed");
     ASSERT_TRUE(VTPreferences::clearPrefs());
     EXPECT_EQ(readFile(file()), "");
-    EXPECT_TRUE(Store::m_prefMaps.empty());
-    EXPECT_FALSE(Store::m_loaded);
-    EXPECT_FALSE(Store::m_dirty);
+    EXPECT_TRUE(Store::m_prefMaps.empty() && !Store::m_loaded && !Store::m_dirty);
 }
 
 using VTPreferencesMigration = PreferencesTest;
@@ -380,18 +314,17 @@ TEST_F(VTPreferencesMigration, ConvertsOldColoursAndDropsTreeRecordsOnAReleaseCh
         writeFile(file(), text);
         ASSERT_TRUE(VTPreferences::loadPrefs());
 
-        Table expected;
+        Table expected = {
+            {"General", {{"TessarRelease", "R"}}},
+            {"Nexlark Tree Browser", {{"width", "300"}, {"TBTreeClass", "3"}}},
+            {"SyntaxHighlighting", c.converts ? VTPreferences::Section{{"keyword", "255 0 128"},
+                                                                       {"comment", "51 102 153"},
+                                                                       {"odd", "128 0 0"}}
+                                              : VTPreferences::Section{{"keyword", "1 0 0.5"},
+                                                                       {"comment", "0.2 0.4 0.6"},
+                                                                       {"odd", "0.5 x"}}}};
         if (c.oldRelease != nullptr) {
             expected["General"]["other"] = "1";
-        }
-        expected["General"]["TessarRelease"] = "R";
-        expected["Nexlark Tree Browser"] = {{"width", "300"}, {"TBTreeClass", "3"}};
-        if (c.converts) {
-            expected["SyntaxHighlighting"] = {
-                {"keyword", "255 0 128"}, {"comment", "51 102 153"}, {"odd", "128 0 0"}};
-        } else {
-            expected["SyntaxHighlighting"] = {
-                {"keyword", "1 0 0.5"}, {"comment", "0.2 0.4 0.6"}, {"odd", "0.5 x"}};
         }
         EXPECT_EQ(Store::m_prefMaps, expected);
         // The migration saved what it did.
@@ -408,8 +341,7 @@ TEST_F(VTPreferencesMigration, LeavesAFileOfTheSameReleaseAlone) {
         "[Nexlark Tree Browser]\nTBTreeClassRecord_A=1\n";
     writeFile(file(), text);
     ASSERT_TRUE(VTPreferences::loadPrefs());
-    EXPECT_FALSE(Store::versionHasChanged());
-    EXPECT_FALSE(Store::m_dirty);
+    EXPECT_FALSE(Store::versionHasChanged() || Store::m_dirty);
     EXPECT_EQ(Store::m_prefMaps["SyntaxHighlighting"]["keyword"], "1 0 0.5");
     EXPECT_EQ(Store::m_prefMaps["Nexlark Tree Browser"].size(), 1u);
     EXPECT_EQ(readFile(file()), text);

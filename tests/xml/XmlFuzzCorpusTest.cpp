@@ -7,33 +7,27 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
+#include <utility>
 
 extern "C" int uriFuzzerInput(const std::uint8_t *data, std::size_t size);
 extern "C" int xmlDataNodeFuzzerInput(const std::uint8_t *data, std::size_t size);
 
-namespace {
-
-int replay(const char *name, int (*target)(const std::uint8_t *, std::size_t)) {
-    namespace fs = std::filesystem;
-    const fs::path folder = fs::path(VORT_FUZZ_CORPUS_DIR) / name;
-    EXPECT_TRUE(fs::is_directory(folder)) << folder;
-    int replayed = 0;
-    for (fs::directory_entry const &entry : fs::directory_iterator(folder)) {
-        std::ifstream file(entry.path(), std::ios::binary);
-        const std::string bytes((std::istreambuf_iterator<char>(file)),
-                                std::istreambuf_iterator<char>());
-        SCOPED_TRACE(entry.path().filename().string());
-        EXPECT_EQ(target(reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size()), 0);
-        ++replayed;
-    }
-    return replayed;
-}
-
-}  // namespace
-
 TEST(XmlFuzzCorpus, ReplaysTheKeptInputsOfBothTargets) {
-    EXPECT_GT(replay("uri_fuzzer", &uriFuzzerInput), 0);
-    EXPECT_GT(replay("xml_datanode_fuzzer", &xmlDataNodeFuzzerInput), 0);
+    const std::pair<const char *, int (*)(const std::uint8_t *, std::size_t)> targets[] = {
+        {"uri_fuzzer", &uriFuzzerInput}, {"xml_datanode_fuzzer", &xmlDataNodeFuzzerInput}};
+    for (auto const &[name, target] : targets) {
+        int replayed = 0;
+        for (auto const &entry : std::filesystem::directory_iterator(
+                 std::filesystem::path(VORT_FUZZ_CORPUS_DIR) / name)) {
+            std::ostringstream bytes;
+            bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+            const std::string data = bytes.str();
+            SCOPED_TRACE(entry.path().string());
+            EXPECT_EQ(target(reinterpret_cast<const std::uint8_t *>(data.data()), data.size()), 0);
+            ++replayed;
+        }
+        EXPECT_GT(replayed, 0) << name;
+    }
 }

@@ -26,6 +26,21 @@ inline void PrintTo(XmlStringRef const &ref, std::ostream *out) {
 
 namespace vort_test {
 
+inline std::string shown(VORT::XmlStringRef const &ref) {
+    return ref.isNull() ? "(null)" : ref.toString();
+}
+inline std::string shown(std::string const &text) {
+    return text;
+}
+
+// The texts joined by "|", a null reference as "(null)": one comparison shows every answer.
+template <typename... Texts>
+std::string joined(Texts const &...texts) {
+    std::string out;
+    ((out += shown(texts) + "|"), ...);
+    return out;
+}
+
 class TempFolder {
 public:
     TempFolder() { EXPECT_TRUE(m_dir.isValid()); }

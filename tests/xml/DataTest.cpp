@@ -1,0 +1,524 @@
+#include "XmlTestSupport.h"
+#include "support/PlatformHooks.h"
+#include <vort/bones/ModuleObject.h>
+#include <vort/xml/DataNode.h>
+#include <vort/xml/Database.h>
+
+#include <QtCore/QFile>
+
+#include <boost/make_shared.hpp>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace VORT::XMLDB;
+using VORT::Color;
+using VORT::XmlReader;
+using NodePtr = DataNode::NodePtr;
+using NodeMap = DataNode::NodeMap;
+using vort_test::TempFolder;
+
+namespace {
+
+struct Loaded {
+    NodeMap nodes;
+    bool rootLoaded = false;
+    std::string error;
+};
+
+// Loads a document the way the database does: every root, and every long name at all depths.
+Loaded load(std::string const &xml) {
+    TempFolder folder;
+    const std::string file = folder.write("doc.xml", xml);
+    XmlReader reader(file.c_str());
+    Loaded result;
+    while (reader.hasNext()) {
+        NodePtr node = boost::make_shared<DataNode>();
+        const VORT::XmlEventTypes::Type event = reader.next();
+        if (node->loadXML("", reader, result.nodes, event)) {
+            result.rootLoaded = true;
+            result.nodes.emplace(node->getName(), node);
+        }
+    }
+    result.error = reader.error();
+    return result;
+}
+
+NodePtr at(Loaded const &loaded, std::string const &key) {
+    const auto found = loaded.nodes.find(key);
+    return found == loaded.nodes.end() ? NodePtr() : found->second;
+}
+
+std::vector<std::string> texts(DataNode::NodeVector const *nodes) {
+    std::vector<std::string> result;
+    if (nodes != nullptr) {
+        for (NodePtr const &node : *nodes) {
+            result.push_back(node->getValue<std::string>());
+        }
+    }
+    return result;
+}
+
+// A database of the test's own, so that every test starts empty. Declare it after the items it
+// holds: it is then destroyed first, and lets go of them.
+class TestDatabase : public Database {
+public:
+    TestDatabase() = default;
+
+    std::vector<std::string> keys() const {
+        std::vector<std::string> result;
+        for (auto const &entry : mData) {
+            result.push_back(entry.first);
+        }
+        return result;
+    }
+    unsigned loadCount(std::string const &file) const {
+        const auto found = mFiles.find(file);
+        return found == mFiles.end() ? 0u : found->second->mLoadCount;
+    }
+};
+
+std::vector<std::pair<std::string, bool>> g_loads;
+
+void recordLoad(std::string const &file, bool firstLoad) {
+    g_loads.emplace_back(file, firstLoad);
+}
+
+std::string text(Database const &db, std::string const &key) {
+    const DataNode::NodePtr node = db.getData(key);
+    return node ? node->getValue<std::string>() : "(none)";
+}
+
+class DatabaseTest : public vort_test::PlatformHooksTest {
+protected:
+    DatabaseTest() {
+        g_loads.clear();
+        platform.setClock(100.0);
+    }
+};
+
+// A typed read of the attribute `name`, or of the node's value for "", and whether it was found:
+// 0 or 1, or -1 when that answer depends on what the flag held before.
+template <typename T>
+std::pair<T, int> read(DataNode const &node, const char *name, T const &fallback) {
+    bool found[2] = {false, true};
+    T value{};
+    for (bool &flag : found) {
+        value = *name != '\0' ? node.getAttribute<T>(name, fallback, &flag)
+                              : node.getValue<T>(fallback, &flag);
+    }
+    return {value, found[0] == found[1] ? int(found[0]) : -1};
+}
+
+}  // namespace
+
+TEST(DataNode, RepeatedLongNamesBecomeOneListHeadWhoseFirstEntryHasTheContent) {
+    const Loaded doc = load(
+        "<A><B k=\"1\">one<C/></B><B>two</B><B>three</B>"
+        "<G><Item>x</Item></G><G><Item>y</Item><Item>z</Item></G></A>");
+    ASSERT_TRUE(doc.rootLoaded);
+    const NodePtr a = at(doc, "A");
+    const NodePtr head = at(doc, "A/B");
+    ASSERT_TRUE(a && head);
+    DataNode::NodeVector found(1, head);
+    EXPECT_EQ(a->getElementsOfName("B", found, false), 1u);
+    EXPECT_EQ(found.size(), 2u);
+    EXPECT_EQ(a->getElementsOfName("B", found, true), 1u);
+    EXPECT_EQ(found, DataNode::NodeVector(1, head));
+    EXPECT_EQ(a->getElement("B"), head);
+    ASSERT_EQ(a->getElements()->size(), 2u);
+
+    EXPECT_TRUE(head->isNodeList() && !head->getElements() && !head->getAttributes());
+    EXPECT_EQ(head->getName() + "|" + head->getShortName() + "|" + head->getValue<std::string>(),
+              "A/B|B|");
+    EXPECT_EQ(texts(head->getNodeList()), (std::vector<std::string>{"one", "two", "three"}));
+    const NodePtr first = head->getNodeList()->front();
+    EXPECT_EQ(first->getName(), "A/B");
+    EXPECT_EQ(first->getAttribute<long>("k"), 1);
+    // The first entry's children keep pointing to the head's name.
+    ASSERT_NE(first->getElement("C"), nullptr);
+    EXPECT_EQ(first->getElement("C")->getName(), "A/B/C");
+    EXPECT_EQ(at(doc, "A/B/C"), first->getElement("C"));
+
+    // One map per file: items under different parents of one long name share a list.
+    EXPECT_EQ(texts(at(doc, "A/G/Item")->getNodeList()), (std::vector<std::string>{"x", "y", "z"}));
+    EXPECT_EQ(at(doc, "A/G")->getNodeList()->size(), 2u);
+
+    // The public form appends a node once, and makes the list on its first call.
+    NodePtr single = boost::make_shared<DataNode>();
+    NodePtr other = boost::make_shared<DataNode>();
+    NodePtr none;
+    single->addToNodeList(none);
+    EXPECT_FALSE(single->isNodeList());
+    single->addToNodeList(other);
+    single->addToNodeList(other);
+    EXPECT_EQ(single->getNodeList()->size(), 2u);
+}
+
+TEST(DataNode, CsvListsSplitTheTextAndConvertOnce) {
+    const Loaded doc = load(
+        "<R><L csv_list=\"TRUE\">1, 2,,3,</L><N csv_list=\"yes\">1,2</N>"
+        "<F Csv_List=\"true\"> true , 0,TRUE ,2.5e1x,</F><E csv_list=\"true\"/></R>");
+    const NodePtr list = at(doc, "R/L");
+    ASSERT_TRUE(list->hasDataList());
+    EXPECT_EQ(*list->getDataCSVAsStrings(), (std::vector<std::string>{"1", "2", "3"}));
+    EXPECT_EQ(*list->getDataCSVAsInteger(), (std::vector<long>{1, 2, 3}));
+    EXPECT_EQ(list->getValue<std::string>(), "1, 2,,3,");
+    EXPECT_EQ(list->getDataCSVAsInteger(), list->getDataCSVAsInteger());
+
+    const NodePtr flags = at(doc, "R/F");
+    EXPECT_EQ(*flags->getDataCSVAsBool(), (std::vector<bool>{true, false, true, false}));
+    EXPECT_EQ(*flags->getDataCSVAsDouble(), (std::vector<double>{0.0, 0.0, 0.0, 25.0}));
+    EXPECT_EQ(flags->getDataCSVAsBool(), flags->getDataCSVAsBool());
+    EXPECT_EQ(*flags->getDataCSVAsColor(), std::vector<Color>(4, Color()));
+
+    // "yes" is no list: the attribute stays ordinary.
+    const NodePtr plain = at(doc, "R/N");
+    EXPECT_FALSE(plain->hasDataList());
+    EXPECT_EQ(plain->getDataCSVAsStrings(), nullptr);
+    EXPECT_EQ(plain->getDataCSVAsBool(), nullptr);
+    EXPECT_EQ(plain->getAttribute<std::string>("csv_list"), "yes");
+
+    // An empty list has its vector but no data.
+    const NodePtr empty = at(doc, "R/E");
+    EXPECT_FALSE(empty->hasDataList());
+    ASSERT_NE(empty->getDataCSVAsStrings(), nullptr);
+
+    // A cache made before an absorb does not see the absorbed values.
+    NodePtr merged = boost::make_shared<DataNode>();
+    merged->absorb(list);
+    ASSERT_EQ(merged->getDataCSVAsInteger()->size(), 3u);
+    merged->absorb(list);
+    EXPECT_EQ(merged->getDataCSVAsStrings()->size(), 6u);
+    EXPECT_EQ(merged->getDataCSVAsInteger()->size(), 3u);
+}
+
+TEST(DataNode, TextComesFromTheLastRunOrFromTheValueAttribute) {
+    const Loaded doc = load(
+        "<R><T value=\"x\">t</T><V value=\"x\"/><P p:value=\"q\" xmlns:p=\"urn:p\"/>"
+        "<D csv_list=\"true\" value=\"v\"/><M>first<c/>  <c/>last</M></R>");
+    std::string values;
+    for (const char *key : {"R/T", "R/V", "R/P", "R/D", "R/M"}) {
+        values += at(doc, key)->getValue<std::string>() + "|";
+    }
+    EXPECT_EQ(values, "t|x|||last|");
+    EXPECT_EQ(at(doc, "R/P")->getAttribute<std::string>("p:value") +
+                  at(doc, "R/P")->getAttribute<std::string>("R/P/p:value"),
+              "qq");
+
+    const NodePtr attribute = at(doc, "R/V")->getAttributePtr("value");
+    ASSERT_NE(attribute, nullptr);
+    EXPECT_TRUE(attribute->getIsAttribute());
+    EXPECT_EQ(attribute->getName(), "R/V/value");
+    EXPECT_EQ(at(doc, "R/V")->getAttributePtr("R/V/value"), nullptr);
+}
+
+TEST(DataNode, TypedReadersUseTheDefaultOnlyForAMissingAttribute) {
+    const Loaded doc = load(
+        "<R n=\"42\" bad=\"abc\" d=\"2.5px\" e=\"\" b=\"TRUE\" one=\"1\" no=\"yes\" "
+        "c=\"255,0,0\">abc</R>");
+    const NodePtr r = at(doc, "R");
+    struct Row {
+        const char *name;
+        long asLong;
+        double asDouble;
+        bool asBool;
+        int found;  // for the numbers and the bool
+    };
+    const Row rows[] = {
+        {"n", 42, 42.0, false, 1}, {"bad", 0, 0.0, false, 1},    {"d", 2, 2.5, false, 1},
+        {"e", 0, 0.0, false, 0},   {"b", 0, 0.0, true, 1},       {"one", 1, 1.0, true, 1},
+        {"no", 0, 0.0, false, 1},  {"missing", 7, 7.5, true, 0},
+    };
+    for (Row const &row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(read(*r, row.name, 7L), std::make_pair(row.asLong, row.found));
+        EXPECT_EQ(read(*r, row.name, 7.5), std::make_pair(row.asDouble, row.found));
+        EXPECT_EQ(read(*r, row.name, true), std::make_pair(row.asBool, row.found));
+    }
+    EXPECT_EQ(read(*r, "e", std::string("d")), std::make_pair(std::string(), 1));
+    EXPECT_EQ(read(*r, "missing", std::string("d")), std::make_pair(std::string("d"), 0));
+    EXPECT_EQ(read(*r, "c", Color()), std::make_pair(Color(1, 0, 0, 1), 1));
+    EXPECT_EQ(read(*r, "missing", Color(0, 1, 0, 1)), std::make_pair(Color(0, 1, 0, 1), 0));
+    EXPECT_EQ(read(*r, "n", Color(0, 1, 0, 1)), std::make_pair(Color(), 0));
+    // The node's own value never uses the default.
+    EXPECT_EQ(read(*r, "", 9L), std::make_pair(0L, 1));
+    EXPECT_EQ(read(*r, "", std::string("d")), std::make_pair(std::string("abc"), 1));
+    EXPECT_EQ(read(*r, "", true), std::make_pair(false, 1));
+    const DataNode empty;
+    EXPECT_EQ(read(empty, "", 3.0), std::make_pair(0.0, 0));
+    EXPECT_EQ(read(empty, "", true), std::make_pair(false, 0));
+    EXPECT_EQ(read(empty, "", std::string("d")), std::make_pair(std::string(), 1));
+}
+
+TEST(DataNode, StringToColorReadsThreeOrFourNumbersOnEitherScale) {
+    struct Row {
+        const char *text;
+        bool ok;
+        unsigned int rgba;
+    };
+    const Row rows[] = {
+        {"1,0,0", true, 0xFF0000FFu},
+        {"255,0,0", true, 0xFF0000FFu},
+        {"0.5,0.5,0.5,128", true, 0x01010180u},
+        {"0, 0.5, 1, 0.5", true, 0x0080FF80u},
+        {"255,128;0;64", true, 0xFF800040u},
+        {"1,0", true, 0xFF00FFFFu},
+        {"x,y", true, 0x00FFFFFFu},
+        {"red", false, 0x00000001u},
+        {"", false, 0x00000001u},
+        {"1 0 0", false, 0x00000001u},
+    };
+    for (Row const &row : rows) {
+        bool ok = !row.ok;
+        EXPECT_EQ(stringToColor(row.text, &ok).getAsRgba(), row.rgba) << row.text;
+        EXPECT_EQ(ok, row.ok) << row.text;
+    }
+}
+
+TEST(DataNode, AbsorbConcatenatesInOrderAndLaterAttributesWin) {
+    const Loaded first = load("<A k=\"1\" j=\"x\">a<B>1</B></A>");
+    const Loaded second = load("<A k=\"2\">b<B>2</B><C/></A>");
+    NodePtr merged = boost::make_shared<DataNode>();
+    merged->absorb(at(first, "A"));
+    merged->absorb(at(second, "A"));
+    EXPECT_TRUE(merged->isCombinedNode() && !at(first, "A")->isCombinedNode());
+    EXPECT_EQ(merged->getName() + merged->getShortName() + merged->getValue<std::string>() +
+                  merged->getAttribute<std::string>("k") + merged->getAttribute<std::string>("j"),
+              "AAab2x");
+    EXPECT_EQ(merged->getAttributes()->size(), 3u);
+    EXPECT_EQ(texts(merged->getElements()), (std::vector<std::string>{"1", "2", ""}));
+    EXPECT_EQ(merged->getElement("B"), at(first, "A/B"));
+    // The sources are unchanged.
+    EXPECT_EQ(at(first, "A")->getValue<std::string>() +
+                  std::to_string(at(first, "A")->getAttributes()->size()),
+              "a2");
+
+    merged->absorb(merged);
+    EXPECT_EQ(merged->getValue<std::string>(), "abab");
+    EXPECT_EQ(merged->getElements()->size(), 6u);
+
+    // A copy shares the vectors, and either may go first.
+    auto copy = std::make_unique<DataNode>(*merged);
+    EXPECT_EQ(copy->getElements(), merged->getElements());
+    DataNode assigned;
+    assigned = *copy;
+    copy.reset();
+    EXPECT_EQ(assigned.getAttributes(), merged->getAttributes());
+    EXPECT_EQ(assigned.getValue<std::string>(), "abab");
+}
+
+TEST(DataNode, MalformedFilesKeepWhatWasFinishedAndBoundsHold) {
+    const Loaded broken = load("<A><B>1</B><C x=\"2\">2</C><D><E>3</E>");
+    EXPECT_FALSE(broken.rootLoaded);
+    EXPECT_EQ(broken.error, "Premature end of document.");
+    EXPECT_EQ(at(broken, "A/B")->getValue<long>(), 1);
+    EXPECT_EQ(at(broken, "A/C")->getAttribute<long>("x"), 2);
+    EXPECT_EQ(at(broken, "A/D/E")->getValue<long>(), 3);
+    EXPECT_EQ(at(broken, "A/D"), nullptr);
+    EXPECT_EQ(at(broken, "A"), nullptr);
+
+    // Any end tag closes a level; the parser itself refuses the mismatch right after.
+    const Loaded mismatch = load("<A><B>1</C></A>");
+    EXPECT_FALSE(mismatch.rootLoaded);
+    EXPECT_TRUE(mismatch.nodes.empty());
+
+    std::string deep;
+    for (int i = 0; i < 5000; ++i) {
+        deep += "<d>";
+    }
+    const Loaded tooDeep = load(deep);
+    EXPECT_EQ(tooDeep.error, "Elements nested deeper than 256 levels");
+    EXPECT_FALSE(tooDeep.rootLoaded);
+
+    // Each child repeats its parent's long name: a long root name makes a small file large.
+    const std::string name(4000, 'n');
+    std::string wide = "<" + name + ">";
+    for (int i = 0; i < 20000; ++i) {
+        wide += "<c/>";
+    }
+    wide += "</" + name + ">";
+    const Loaded tooWide = load(wide);
+    EXPECT_EQ(tooWide.error, "Configuration data larger than 134217728 bytes in memory");
+    EXPECT_FALSE(tooWide.rootLoaded);
+}
+
+TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
+    TempFolder one;
+    TempFolder two;
+    one.write("a.xml", "<A><B>x</B><Only k=\"1\">a</Only><W k=\"1\" j=\"a\"/></A>");
+    one.write("sub/deeper/c.xml", "<A><B>z</B><L>1</L><L>2</L></A>");
+    one.write("notes.txt", "<A><B>ignored</B></A>");
+    two.write("b.xml", "<A><B>y</B><W k=\"2\"/><L>3</L></A>");
+    PathItem first(one.path(), nullptr, nullptr);
+    PathItem second(two.path(), nullptr, nullptr);
+    TestDatabase db;
+    EXPECT_EQ(db.getData("A"), nullptr);
+    db.addPath(&first);
+    db.addPath(&second);
+    EXPECT_TRUE(first.isInDatabase());
+    // The folders' names are random: the expectations follow their order.
+    const bool oneFirst = one.path() < two.path();
+    EXPECT_EQ(db.getPaths(), oneFirst ? (std::vector<std::string>{one.path(), two.path()})
+                                      : (std::vector<std::string>{two.path(), one.path()}));
+
+    // The file names order the merge: one's a.xml before one's sub/deeper/c.xml.
+    EXPECT_EQ(text(db, "A/B"), oneFirst ? "xzy" : "yxz");
+    EXPECT_TRUE(db.getData("A/B")->isCombinedNode());
+    // Defined once: the file's own node.
+    EXPECT_FALSE(db.getData("A/Only")->isCombinedNode());
+    EXPECT_EQ(text(db, "A/Only"), "a");
+    // A later file's attribute wins; the others stay visible.
+    const DataNode::NodePtr w = db.getData("A/W");
+    EXPECT_EQ(w->getAttribute<long>("k"), oneFirst ? 2 : 1);
+    EXPECT_EQ(w->getAttribute<std::string>("j"), "a");
+    // Within a file repeated names make a list; across files the keys merge, and the merge
+    // takes the list head's (empty) content, not its list.
+    const DataNode::NodePtr l = db.getData("A/L");
+    EXPECT_TRUE(l->isCombinedNode());
+    EXPECT_FALSE(l->isNodeList());
+    EXPECT_EQ(l->getValue<std::string>(), "3");
+    // The merged root's children are the files' own nodes: the first file's B comes first.
+    EXPECT_EQ(db.getData("A")->getElement("B")->getValue<std::string>(), oneFirst ? "x" : "y");
+    EXPECT_EQ(db.getData("A/Missing"), nullptr);
+    EXPECT_EQ(db.keys(), (std::vector<std::string>{"A", "A/B", "A/L", "A/Only", "A/W"}));
+}
+
+TEST_F(DatabaseTest, ScansAtMostOncePerIntervalUnlessForced) {
+    TempFolder folder;
+    folder.write("a.xml", "<A>1</A>", 1000);
+    PathItem item(folder.path(), nullptr, nullptr);
+    TestDatabase db;
+    db.addPath(&item);
+    EXPECT_EQ(text(db, "A"), "1");
+
+    folder.write("a.xml", "<A>2</A>", 2000);
+    EXPECT_EQ(text(db, "A"), "1");
+    platform.setClock(105.0);
+    EXPECT_EQ(text(db, "A"), "1");
+    platform.setClock(105.5);
+    EXPECT_EQ(text(db, "A"), "2");
+
+    // The next interval counts from the time taken before the scan.
+    folder.write("a.xml", "<A>3</A>", 3000);
+    platform.setClock(110.5);
+    EXPECT_EQ(text(db, "A"), "2");
+    db.forceFileCheck();
+    EXPECT_EQ(text(db, "A"), "3");
+
+    // Registering a folder forces the next read to scan.
+    TempFolder later;
+    later.write("b.xml", "<B>b</B>");
+    PathItem laterItem(later.path(), nullptr, nullptr);
+    db.addPath(&laterItem);
+    EXPECT_EQ(text(db, "B"), "b");
+}
+
+TEST_F(DatabaseTest, RereadsAFileWhenItsTimeChangesInEitherDirectionOnly) {
+    TempFolder folder;
+    const std::string file = folder.write("a.xml", "<A>1</A>", 5000);
+    PathItem item(folder.path(), nullptr, &recordLoad);
+    TestDatabase db;
+    db.addPath(&item);
+    EXPECT_EQ(text(db, "A"), "1");
+
+    struct Step {
+        const char *content;
+        qint64 time;
+        const char *seen;
+        unsigned loads;
+    };
+    const Step steps[] = {
+        {"<A>2</A>", 5000, "1", 1},  // new content, same time: not seen
+        {"<A>3</A>", 4000, "3", 2},  // an older time is a change too
+        {"<A>4</A>", 6000, "4", 3},
+        {"<A>5</A>", 6000, "4", 3},
+    };
+    double clock = 100.0;
+    for (Step const &step : steps) {
+        SCOPED_TRACE(step.content);
+        folder.write("a.xml", step.content, step.time);
+        clock += 6.0;
+        platform.setClock(clock);
+        EXPECT_EQ(text(db, "A"), step.seen);
+        EXPECT_EQ(db.loadCount(file), step.loads);
+    }
+    // The callback hears of every read, and of the first only once.
+    EXPECT_EQ(g_loads, (std::vector<std::pair<std::string, bool>>{
+                           {file, true}, {file, false}, {file, false}}));
+
+    // A file that has gone keeps its data; so does a folder taken out.
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(file)));
+    db.forceFileCheck();
+    EXPECT_EQ(text(db, "A"), "4");
+    EXPECT_TRUE(db.removePath(folder.path()));
+    EXPECT_FALSE(item.isInDatabase());
+    EXPECT_FALSE(db.removePath(folder.path()));
+    folder.write("a.xml", "<A>6</A>", 7000);
+    db.forceFileCheck();
+    EXPECT_EQ(text(db, "A"), "4");
+}
+
+TEST_F(DatabaseTest, MalformedFilesKeepTheirFinishedNodesAndOthersAreServed) {
+    TempFolder folder;
+    folder.write("bad.xml", "<A><Done>1</Done><Open>");
+    folder.write("good.xml", "<A><Good>2</Good></A>");
+    PathItem item(folder.path(), nullptr, &recordLoad);
+    TestDatabase db;
+    db.addPath(&item);
+    EXPECT_EQ(text(db, "A/Done"), "1");
+    EXPECT_EQ(db.getData("A/Open"), nullptr);
+    EXPECT_EQ(text(db, "A/Good"), "2");
+    EXPECT_EQ(text(db, "A"), "");
+    EXPECT_EQ(g_loads.size(), 2u);
+}
+
+TEST_F(DatabaseTest, ReadsFoldersAndFilesWithNonAsciiNames) {
+    TempFolder folder;
+    const std::string file = folder.write("Réglages/ファイル.xml", "<Clé>été</Clé>");
+    PathItem item(folder.path("Réglages"), nullptr, &recordLoad);
+    TestDatabase db;
+    db.addPath(&item);
+    EXPECT_EQ(text(db, "Clé"), "été");
+    ASSERT_EQ(g_loads.size(), 1u);
+    EXPECT_EQ(g_loads[0].first, file);
+}
+
+TEST_F(DatabaseTest, ItemsRegisterOnceAndTakeThemselvesOutWhenDestroyed) {
+    TempFolder folder;
+    PathItem item(folder.path(), nullptr, nullptr);
+    PathItem twin(folder.path(), nullptr, nullptr);
+    {
+        TestDatabase db;
+        db.addPath(&item);
+        db.addPath(&twin);
+        db.addPath(nullptr);
+        EXPECT_TRUE(item.isInDatabase());
+        EXPECT_FALSE(twin.isInDatabase());
+        EXPECT_EQ(db.getPaths().size(), 1u);
+    }
+    // The database let go of its items when it went.
+    EXPECT_FALSE(item.isInDatabase());
+
+    // The one database: an item takes its folder out when it goes, also by its module's
+    // deleter.
+    Database &instance = VORT::XMLDB::DefaultGetDatabase();
+    const std::string path = folder.path("instance");
+    auto *owned = new PathItem(path + "-deleter", nullptr, nullptr);
+    {
+        PathItem local(path, nullptr, nullptr);
+        VORT::ModuleObjectDeleter deleter;
+        PathItem *entered = new PathItem(path + "-module", &deleter, nullptr);
+        instance.addPath(&local);
+        instance.addPath(entered);
+        instance.addPath(owned);
+        EXPECT_EQ(instance.getPaths().size(), 3u);
+    }
+    EXPECT_EQ(instance.getPaths(), std::vector<std::string>{path + "-deleter"});
+    delete owned;
+    EXPECT_TRUE(instance.getPaths().empty());
+}
