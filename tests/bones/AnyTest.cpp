@@ -60,18 +60,18 @@ TEST(Any, HoldsDeepCopiesComparedByTypeAndValue) {
 
 TEST(Any, CastNeedsTheExactTypeAndThePointerFormGivesNullInstead) {
     any value(5);
-    EXPECT_THROW(any_cast<double>(value), bad_any_cast);
     EXPECT_THROW(any_cast<unsigned int>(value), bad_any_cast);
     EXPECT_THROW(any_cast<int>(any()), bad_any_cast);
     EXPECT_THROW(any_cast<Base>(any(Derived())), bad_any_cast);
     try {
         any_cast<double>(value);
+        ADD_FAILURE() << "no exception";
     } catch (std::bad_cast const &error) {
         EXPECT_STREQ(error.what(), "VORT::bad_any_cast: failed conversion using VORT::any_cast");
     }
-    EXPECT_EQ(any_cast<int>(static_cast<any *>(nullptr)), nullptr);
-    EXPECT_EQ(any_cast<int>(static_cast<const any *>(nullptr)), nullptr);
-    EXPECT_EQ(any_cast<double>(&value), nullptr);
+    EXPECT_TRUE(any_cast<int>(static_cast<any *>(nullptr)) == nullptr &&
+                any_cast<int>(static_cast<const any *>(nullptr)) == nullptr &&
+                any_cast<double>(&value) == nullptr);
     *any_cast<int>(&value) = 6;
     EXPECT_EQ(*any_cast<int>(static_cast<const any *>(&value)), 6);
 }

@@ -19,11 +19,8 @@ TEST(AtomicCounter, EveryOperationReturnsWhatItsNameSays) {
     EXPECT_TRUE(!staticCounter);
     AtomicCounter c;
     c.init(-1);
-    EXPECT_FALSE(c.ref());  // the new value is 0
-    EXPECT_TRUE(c.ref());
-    EXPECT_FALSE(c.deref());
-    EXPECT_TRUE(c.deref());
-    EXPECT_EQ(int(c), -1);
+    EXPECT_TRUE(!c.ref() && c.ref());  // false when the new value is 0
+    EXPECT_TRUE(!c.deref() && c.deref() && int(c) == -1);
     c = 0;
     EXPECT_EQ(++c, 1);  // prefix forms give the new value, postfix the old
     EXPECT_EQ(c++, 1);
@@ -32,13 +29,9 @@ TEST(AtomicCounter, EveryOperationReturnsWhatItsNameSays) {
     EXPECT_EQ(constant--, 1);  // the postfix forms write even through a const counter
     EXPECT_TRUE(c == 0 && !(c != 0) && !c);
     c = 4;
-    EXPECT_FALSE(c.testAndSet(5, 6));
-    EXPECT_EQ(int(c), 4);
-    EXPECT_TRUE(c.testAndSet(4, 6));
-    EXPECT_FALSE(c.testAndSetAcquire(4, 1));
-    EXPECT_TRUE(c.testAndSetAcquire(6, 1));
-    EXPECT_FALSE(c.testAndSetRelease(6, 2));
-    EXPECT_TRUE(c.testAndSetRelease(1, 2));
+    EXPECT_TRUE(!c.testAndSet(5, 6) && c == 4 && c.testAndSet(4, 6));
+    EXPECT_TRUE(!c.testAndSetAcquire(4, 1) && c.testAndSetAcquire(6, 1));
+    EXPECT_TRUE(!c.testAndSetRelease(6, 2) && c.testAndSetRelease(1, 2));
     EXPECT_EQ(c.exchange(9), 2);
     AtomicCounter d;
     d = c;
@@ -51,11 +44,8 @@ TEST(AtomicCounter, EveryOperationReturnsWhatItsNameSays) {
 
 TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     AtomicCounter counter, swapped, zeroes;
-    counter.init(0);
-    swapped.init(0);
-    zeroes.init(0);
-    const int threads = 4;
-    const int rounds = 100000;
+    counter = swapped = zeroes = 0;
+    const int threads = 4, rounds = 100000;
     vort_test::Latch start(threads);
     std::vector<std::thread> workers;
     for (int t = 0; t < threads; ++t) {

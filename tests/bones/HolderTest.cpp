@@ -47,9 +47,7 @@ TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
     std::atomic<int> ends{0};
     Plain *node = new Plain(&ends);
     {
-        Holder<Plain> first(node);
-        Holder<Plain> second(first);
-        Holder<Plain> third;
+        Holder<Plain> first(node), second(first), third;
         third = second;
         EXPECT_EQ(node->count(), 3);
         EXPECT_TRUE(first == second && third == node && third.get() == node && &*third == node);
@@ -80,14 +78,10 @@ TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
 }
 
 TEST(ReferencedTemplate, CopiesOfAPlainCountStartAtZeroAndSharedOnesTakeTheCount) {
-    Holder<Plain> a(new Plain);
-    Holder<Plain> a2(a);
-    Holder<Plain> copy(new Plain(*a));
-    EXPECT_EQ(copy->count(), 1);
-    Holder<Shared> s(new Shared);
-    Holder<Shared> s2(s);
+    Holder<Plain> a(new Plain), a2(a), copy(new Plain(*a));
+    Holder<Shared> s(new Shared), s2(s);
     Holder<Shared> sharedCopy(new Shared(*s));  // took the count of 2, then the handle's
-    EXPECT_EQ(sharedCopy->count(), 3);
+    EXPECT_EQ(copy->count() * 10 + sharedCopy->count(), 13);
     sharedCopy->decrementReference();
     sharedCopy->decrementReference();
 
@@ -95,7 +89,7 @@ TEST(ReferencedTemplate, CopiesOfAPlainCountStartAtZeroAndSharedOnesTakeTheCount
     vort_test::PlatformCapture platform;
     EXPECT_TRUE(ReferencedTemplate<unsigned int>::ensureSingleThread(a.get(), true));
     ASSERT_EQ(platform.assertions().size(), 1u);
-    const vort_test::AssertionReport report = platform.assertions()[0];
+    const auto report = platform.assertions()[0];
     EXPECT_EQ(report.expression + report.file + std::to_string(report.line),
               ": Forced Assertion.\\bones\\Holder47");
     EXPECT_EQ(report.message, "Debug code, this shouldn't be run in release.");
@@ -113,27 +107,24 @@ TEST(Holder, EndsAnObjectThroughItsVirtualDestroy) {
     };
     Pooled pooled;
     {
-        Holder<Pooled> a(&pooled);
-        Holder<Pooled> b(a);
+        Holder<Pooled> a(&pooled), b(a);
         a = nullptr;
         EXPECT_EQ(pooled.destroyCalls, 0);
     }
     EXPECT_EQ(pooled.destroyCalls, 1);
 
+    std::atomic<int> ends{0};
     class Factory : public VORT::SingletonFactoryBase {
     public:
-        explicit Factory(int *ends) : m_ends(ends) {}
+        explicit Factory(std::atomic<int> *ends) : m_ends(ends) {}
         ~Factory() override { ++*m_ends; }
-
-    private:
-        int *m_ends;
+        std::atomic<int> *m_ends;
     };
-    int ends = 0;
     Holder<VORT::SingletonFactoryBase> handle(new Factory(&ends));
     EXPECT_EQ(handle->incrementReference(), 2);  // a factory starts uncounted
     handle->decrementReference();
     handle = nullptr;
-    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(ends.load(), 1);
 }
 
 TEST(HolderConcurrency, SharedObjectEndsOnceWhateverThreadDropsLast) {
@@ -150,10 +141,7 @@ TEST(HolderConcurrency, SharedObjectEndsOnceWhateverThreadDropsLast) {
                 start.wait();
                 std::vector<Holder<Shared>> copies;
                 for (int i = 0; i < 20000; ++i) {
-                    copies.push_back(mine);
-                    if (copies.size() > 8) {
-                        copies.clear();
-                    }
+                    i % 9 ? copies.push_back(mine) : copies.clear();
                 }
             });
         }

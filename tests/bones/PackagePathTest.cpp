@@ -16,13 +16,11 @@ TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
         const char *text;
         bool name, packagePath, classPath;
     };
-    const Case cases[] = {
-        {"", false, true, false},        {"W_1\t\xC3\xA9", true, true, false},
-        {"a..b", false, true, false},    {".a.", false, true, false},
-        {"a b.c", false, false, false},  {":Widget", false, false, true},
-        {"a..b.:C", false, false, true}, {"a:b:C", false, false, false},
-        {"a.b:", false, false, false},   {"a:b.c", false, false, false},
-    };
+    const Case cases[] = {{"", false, true, false},        {"W_1\t\xC3\xA9", true, true, false},
+                          {"a..b", false, true, false},    {".a.", false, true, false},
+                          {"a b.c", false, false, false},  {":Widget", false, false, true},
+                          {"a..b.:C", false, false, true}, {"a:b:C", false, false, false},
+                          {"a.b:", false, false, false},   {"a:b.c", false, false, false}};
     for (Case const &c : cases) {
         EXPECT_EQ(ClassName(StringID(c.text)).isValid(), c.name) << c.text;
         EXPECT_EQ(PackageName(StringID(c.text)).isValid(), c.name) << c.text;

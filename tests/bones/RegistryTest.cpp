@@ -35,27 +35,23 @@ TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
     EXPECT_EQ(universe.findPackage(path("root"), error), root);
     EXPECT_EQ(universe.createPackage(path("root"), error), root);
     EXPECT_FALSE(root->isRoot());  // only the empty path is a root by that test
-    EXPECT_EQ(root->getUniverse(), &universe);
 
     Package *b = universe.createPackage(path("root.a.b"), error);
     ASSERT_NE(b, nullptr);
     ASSERT_FALSE(error.hasError());
     Package *a = universe.findPackage(path("root.a"), error);
     ASSERT_NE(a, nullptr);
-    EXPECT_EQ(b->getParent(), a);
-    EXPECT_EQ(a->getParent(), root);
+    EXPECT_TRUE(b->getParent() == a && a->getParent() == root);
     EXPECT_EQ(b->getPath().toString() + "|" + b->getName().toString(), "root.a.b|b");
-    EXPECT_EQ(b->getUniverse(), &universe);
+    EXPECT_TRUE(b->getUniverse() == &universe && root->getUniverse() == &universe);
     ASSERT_EQ(a->getChildren().size(), 1);
-    EXPECT_EQ(a->getChildren()[0].get(), b);
-    EXPECT_EQ(b->getResolveRoutes().value(0), a);
+    EXPECT_TRUE(a->getChildren()[0].get() == b && b->getResolveRoutes().value(0) == a);
     EXPECT_TRUE(b->getBaseClassNames().isEmpty());
 
     // An existing path gives its package and makes nothing.
     EXPECT_EQ(universe.createPackage(path("root.a.b"), error), b);
     universe.createPackage(path("root.a.c"), error);
-    EXPECT_EQ(a->getChildren().size(), 2);
-    EXPECT_EQ(root->getChildren().size(), 1);
+    EXPECT_EQ(a->getChildren().size() * 10 + root->getChildren().size(), 21);
 }
 
 TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
@@ -97,8 +93,7 @@ TEST(Registry, AnUnnamedRootTakesEveryPathButKeysDiffer) {
     ErrorHolder error;
     Package *a = universe.createPackage(path("a"), error);
     ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(universe.getRootPackage()->isRoot());
-    EXPECT_EQ(a->getPath(), path(".a"));
+    EXPECT_TRUE(universe.getRootPackage()->isRoot() && a->getPath() == path(".a"));
     EXPECT_EQ(universe.findPackage(path("a"), error), a);
     EXPECT_EQ(universe.findPackage(path(".a"), error), nullptr);
     EXPECT_EQ(universe.createPackage(path(""), error), universe.getRootPackage());
@@ -116,19 +111,17 @@ TEST(Registry, PackagesOwnTheirFactoriesAndRegisterTheirClass) {
         EXPECT_EQ(a->getBaseClassNames().size(), 2);
         // b takes a's tables (and its count, 2 like its own): b's factory goes, a's are shared.
         *b = *a;
-        EXPECT_EQ(Factory::live, 2);
-        EXPECT_EQ(b->getBaseClassNames().size(), 2);
+        EXPECT_EQ(Factory::live * 10 + b->getBaseClassNames().size(), 22);
 
         VORT::ClassRegistration<Package>::registerIn(a);
-        EXPECT_EQ(Package::staticGetClassName().toString(), "Package");
-        EXPECT_EQ(b->getClassPath().toString(), "root.a:Package");
+        EXPECT_EQ(b->getClassPath().toString() + Package::staticGetClassName().toString(),
+                  "root.a:PackagePackage");
         EXPECT_EQ(b->getPackage(), a);
 
         // A copy of the registry shares the packages, which still point at the first.
         const Registry copy(universe);
         EXPECT_EQ(copy.getRootPackage(), universe.getRootPackage());
-        EXPECT_EQ(copy.findPackage(path("root.a"), error), a);
-        EXPECT_EQ(a->getUniverse(), &universe);
+        EXPECT_TRUE(copy.findPackage(path("root.a"), error) == a && a->getUniverse() == &universe);
     }
     EXPECT_EQ(Factory::live, 0);
 }

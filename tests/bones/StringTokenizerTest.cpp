@@ -26,8 +26,7 @@ TEST(StringTokenizer, SplitsKeepingTheSlashLeftAtTheEnd) {
         {"xababx", "ab", false, true, 2, {"x", "x"}},
         {"aaa", "aa", false, false, 2, {"", "a"}},
         {"", ",", true, true, 0, {}},
-        {"abc", "", false, false, 0, {}},
-    };
+        {"abc", "", false, false, 0, {}}};
     for (Case const &c : cases) {
         SCOPED_TRACE(std::string(c.text) + " by " + c.delimiter);
         StringTokenizer tokenizer(c.text, c.delimiter, c.trim, c.collapse);
