@@ -1,4 +1,5 @@
 #include "support/Latch.h"
+#include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/TWrappedObject.h>
 #include <vort/messaging/Thread.h>
 
@@ -9,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+using VORT::NotifyBlockPasted;
 using VORT::StringID;
 using VORT::TWrappedObject;
 
@@ -82,4 +84,27 @@ TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
     ASSERT_TRUE(processed.wait());
     other.join();
     EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
+}
+
+namespace {
+
+class Paste : public VTMS::Listener {
+public:
+    ~Paste() override { disconnect(); }
+    void onPasted() { ++count; }
+    int count = 0;
+};
+
+}  // namespace
+
+TEST(NotifyBlockPasted, OneInstanceCallsItsListenersDirectly) {
+    NotifyBlockPasted *const instance = NotifyBlockPasted::getInstance();
+    ASSERT_TRUE(instance != nullptr && NotifyBlockPasted::getInstance() == instance);
+    Paste paste;
+    instance->connect(&paste, &Paste::onPasted);
+    // The default mode calls a listener without a thread inside the send.
+    instance->send();
+    EXPECT_EQ(paste.count, 1);
+    paste.disconnect();
+    EXPECT_FALSE(instance->hasConnections());
 }
