@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -67,19 +68,12 @@ void expectDecodedAsTheReference(std::string const &text) {
 }  // namespace
 
 TEST(ByteArray, Base64RoundTripsEveryLengthAndByte) {
-    const char *const known[][2] = {
-        {"", ""},
-        {"f", "Zg=="},
-        {"fo", "Zm8="},
-        {"foo", "Zm9v"},
-        {"foob", "Zm9vYg=="},
-        {"fooba", "Zm9vYmE="},
-        {"\xFF\xFF\xFF", "////"},
-        {"\xFB\xEF\xBE", "++++"},
-    };
-    for (const auto &pair : known) {
-        const std::string encoded = bytesOf(pair[0]).toBase64();
-        EXPECT_EQ(encoded, std::string(pair[1]) + '\0');  // the terminating NUL is in the string
+    const char *const known[] = {
+        "",     "",         "f",     "Zg==",     "fo",           "Zm8=", "foo",          "Zm9v",
+        "foob", "Zm9vYg==", "fooba", "Zm9vYmE=", "\xFF\xFF\xFF", "////", "\xFB\xEF\xBE", "++++"};
+    for (size_t i = 0; i < std::size(known); i += 2) {
+        // The terminating NUL is in the string.
+        EXPECT_EQ(bytesOf(known[i]).toBase64(), std::string(known[i + 1]) + '\0');
     }
     std::mt19937 random(42);
     for (unsigned int length = 0; length < 300; ++length) {
@@ -97,32 +91,13 @@ TEST(ByteArray, Base64RoundTripsEveryLengthAndByte) {
 }
 
 TEST(ByteArray, FromBase64SkipsPaddingAnywhereDropsLooseBitsAndRejectsTheRest) {
-    const std::string texts[] = {
-        "TW=Fu",
-        "=T=W=F=u=",
-        "TWFu====",
-        "====",
-        "Zg",
-        "Zm8",
-        "T",
-        "TWF",
-        "TWFu=TWFuTWFu",
-        "TW==FuTW",
-        "TWFu\n",
-        "TW Fu",
-        std::string("TWFu\0", 5),
-        std::string(1, '\0'),
-        "TWFu-",
-        "TWFu_",
-        "\tTWFu",
-        "\x80TWFu",
-        "TWFuTWFu.",
-        "TWF\xFF",
-        bytesOf("Man").toBase64(),  // its own string, NUL and all, as it stands
-    };
-    for (std::string const &text : texts) {
-        expectDecodedAsTheReference(text);
-    }
+    const char *const texts[] = {"TW=Fu",    "=T=W=F=u=", "TWFu====", "====",          "Zg",
+                                 "Zm8",      "T",         "TWF",      "TWFu=TWFuTWFu", "TW==FuTW",
+                                 "TWFu\n",   "TW Fu",     "TWFu-",    "TWFu_",         "\tTWFu",
+                                 "\x80TWFu", "TWFuTWFu.", "TWF\xFF"};
+    std::for_each(std::begin(texts), std::end(texts), expectDecodedAsTheReference);
+    expectDecodedAsTheReference(std::string(1, '\0'));
+    expectDecodedAsTheReference(bytesOf("Man").toBase64());  // its own output, NUL and all
     // Mostly alphabet, with padding and the odd foreign byte sprinkled in, so that the
     // quadruple shortcut is entered, left and re-entered at every alignment.
     std::mt19937 random(7);

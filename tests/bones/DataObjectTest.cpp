@@ -1,4 +1,6 @@
 #include "support/ProbeType.h"
+#include <vort/bones/Any.h>
+#include <vort/bones/ByteArray.h>
 #include <vort/bones/DataObject.h>
 #include <vort/bones/MimeRegistry.h>
 #include <vort/types/MD5Hash.h>
@@ -6,10 +8,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
+#include <typeinfo>
+#include <vector>
 
 using VORT::any;
 using VORT::any_cast;
+using VORT::bad_any_cast;
 using VORT::ByteArray;
 using VORT::DataObject;
 using VORT::ErrorHolder;
@@ -23,147 +29,161 @@ const StringID kBytes("cv-vort-bytearraytype");
 const StringID kHash("cv-vort-md5hashtype");
 const StringID kUnknown("application/x-dataobject-test-unknown");
 
-void expectUnsupported(ErrorHolder const &error) {
-    ASSERT_TRUE(error.hasError());
-    EXPECT_EQ(error.what(), "Unsupported Mime Type");
-    EXPECT_EQ(error.id(), "Nexlark::GenericError");
-    EXPECT_EQ(error.description()->where().file(), ".\\bones\\DataObject");
-    EXPECT_EQ(error.description()->where().line(), 84u);
-}
-
 }  // namespace
 
-TEST(DataObject, MissingNameIsUnsupportedEvenWhenTheRegistryKnowsIt) {
+TEST(DataObject, StoresValuesAsGivenOnePerNameAndReportsMissingOnes) {
     DataObject data;
     for (StringID const &name : {kBool, kUnknown, StringID()}) {
-        EXPECT_FALSE(data.hasData(name));
-        ErrorHolder error;
-        EXPECT_TRUE(data.getData(name, error).empty());
-        expectUnsupported(error);
-
-        ErrorHolder bytesError;
+        ErrorHolder error, bytesError;
+        EXPECT_TRUE(!data.hasData(name) && data.getData(name, error).empty());
         EXPECT_TRUE(data.getDataAsBytes(name, bytesError).isEmpty());
-        expectUnsupported(bytesError);
+        for (ErrorHolder const *e : {&error, &bytesError}) {
+            EXPECT_EQ(e->what() + e->id(), "Unsupported Mime TypeNexlark::GenericError");
+            ASSERT_TRUE(e->hasError());
+            EXPECT_EQ(e->description()->where().file(), ".\\bones\\DataObject");
+            EXPECT_EQ(e->description()->where().line(), 84u);
+        }
     }
-    EXPECT_TRUE(data.getDataTypes().empty());
-}
-
-TEST(DataObject, StoresValuesAsGivenWithoutConverting) {
-    DataObject data;
-    // Not checked against the name's type: a string under the bool name is kept as it is.
-    data.setData(kBool, any(std::string("true")));
-    ErrorHolder error;
-    const any value = data.getData(kBool, error);
-    EXPECT_FALSE(error.hasError());
-    EXPECT_EQ(any_cast<std::string>(value), "true");
-
-    // A stored empty value comes back empty, and without an error.
-    data.setData(kHash, any());
-    EXPECT_TRUE(data.hasData(kHash));
-    EXPECT_TRUE(data.getData(kHash, error).empty());
-    EXPECT_FALSE(error.hasError());
-
-    // Writing bytes goes through the name's type, which can't take a string.
-    EXPECT_THROW(data.getDataAsBytes(kBool, error), VORT::bad_any_cast);
-}
-
-TEST(DataObject, ReplacingKeepsOneEntryPerName) {
-    DataObject data;
+    // Not checked against the name's type: a string under the bool name is kept as it is, and
+    // writing it as bytes goes through the bool type, which can't take it.
     data.setData(kBool, any(false));
-    data.setData(kBool, any(true));
+    data.setData(kBool, any(std::string("true")));
     data.setData(kUnknown, any(ByteArray(3u, 'x')));
-    data.setData(kBool, any(true));
-
-    std::vector<StringID> names = data.getDataTypes();
-    ASSERT_EQ(names.size(), 2u);
-    // The map's order is that of the interned ids.
-    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-    EXPECT_EQ(std::count(names.begin(), names.end(), kBool), 1);
-    EXPECT_EQ(std::count(names.begin(), names.end(), kUnknown), 1);
-
+    data.setData(kHash, any());
     ErrorHolder error;
-    EXPECT_TRUE(any_cast<bool>(data.getData(kBool, error)));
+    EXPECT_EQ(any_cast<std::string>(data.getData(kBool, error)), "true");
+    EXPECT_TRUE(data.hasData(kHash) && data.getData(kHash, error).empty());
+    EXPECT_FALSE(error.hasError());
+    EXPECT_THROW(data.getDataAsBytes(kBool, error), VORT::bad_any_cast);
+    std::vector<StringID> names = data.getDataTypes();
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));  // the order of the interned ids
+    std::sort(names.begin(), names.end(),
+              [](StringID a, StringID b) { return a.getString() < b.getString(); });
+    EXPECT_EQ(names, (std::vector<StringID>{kUnknown, kBool, kHash}));
 
-    data.clear();
-    EXPECT_TRUE(data.getDataTypes().empty());
-    EXPECT_FALSE(data.hasData(kBool));
-    EXPECT_FALSE(data.hasData(kUnknown));
+    DataObject copy(data), assigned;
+    copy.setData(kBool, any(false));
+    copy.setData(kBytes, any(ByteArray()));
+    assigned.setData(kBytes, any(ByteArray()));
+    assigned = data;
+    assigned.clear();
+    EXPECT_TRUE(assigned.getDataTypes().empty() && !assigned.hasData(kBool));
+    EXPECT_EQ(any_cast<std::string>(data.getData(kBool, error)), "true");
+    EXPECT_FALSE(data.hasData(kBytes));
+    EXPECT_EQ(any_cast<ByteArray>(copy.getData(kUnknown, error)), ByteArray(3u, 'x'));
+    EXPECT_FALSE(error.hasError());
 }
 
-TEST(DataObject, BytesGoInAndOutThroughTheRegisteredType) {
+TEST(DataObject, BytesGoThroughTheRegisteredTypeAndAFailedReadStillStores) {
     DataObject data;
     ErrorHolder error;
-
     data.setData(kBool, any(true));
     EXPECT_EQ(data.getDataAsBytes(kBool, error), ByteArray(1u, '\x01'));
-
     const ByteArray hashBytes("\x01\0\0\0\x02\0\0\0\x03\0\0\0\x04\0\0\0", 16u);
     data.setDataFromBytes(kHash, hashBytes, error);
     EXPECT_EQ(any_cast<MD5Hash>(data.getData(kHash, error)), MD5Hash(1, 2, 3, 4));
     EXPECT_EQ(data.getDataAsBytes(kHash, error), hashBytes);
-
     data.setDataFromBytes(kBytes, ByteArray("abc", 3u), error);
     EXPECT_EQ(any_cast<ByteArray>(data.getData(kBytes, error)), ByteArray("abc", 3u));
+    const ByteArray raw("\0\x01\xFEpayload", 10u);  // unknown names carry bytes unchanged
+    data.setDataFromBytes(kUnknown, raw, error);
+    EXPECT_EQ(any_cast<ByteArray>(data.getData(kUnknown, error)), raw);
+    EXPECT_EQ(data.getDataAsBytes(kUnknown, error), raw);
     EXPECT_FALSE(error.hasError());
-}
 
-TEST(DataObject, UnknownNamesCarryBytesUnchanged) {
-    DataObject data;
-    ErrorHolder error;
-    const ByteArray bytes("\0\x01\xFEpayload", 10u);
-    data.setDataFromBytes(kUnknown, bytes, error);
-    EXPECT_FALSE(error.hasError());
-    EXPECT_EQ(any_cast<ByteArray>(data.getData(kUnknown, error)), bytes);
-    EXPECT_EQ(data.getDataAsBytes(kUnknown, error), bytes);
-    EXPECT_FALSE(error.hasError());
-}
-
-TEST(DataObject, FailedReadStillReplacesTheValue) {
     const StringID refusing("application/x-dataobject-test-refusing");
     VORT::MimeRegistry::registerMimeType(refusing, vort_test::ProbeType::Create(0, true));
-
-    DataObject data;
     data.setData(refusing, any(41));
-    ErrorHolder error;
     data.setDataFromBytes(refusing, ByteArray(2u, '\x07'), error);
-    ASSERT_TRUE(error.hasError());
     EXPECT_EQ(error.what(), "probe refuses bytes");
     // The store isn't guarded: the name now holds an empty value.
-    EXPECT_TRUE(data.hasData(refusing));
     ErrorHolder getError;
-    EXPECT_TRUE(data.getData(refusing, getError).empty());
-    EXPECT_FALSE(getError.hasError());
-
-    // An error already in the holder empties a read that would succeed, with the same effect.
-    data.setData(kHash, any(MD5Hash(5, 6, 7, 8)));
-    data.setDataFromBytes(kHash, ByteArray(16u, '\x01'), error);
-    EXPECT_TRUE(data.hasData(kHash));
-    EXPECT_TRUE(data.getData(kHash, getError).empty());
-
-    // And it makes `getDataAsBytes` give nothing, even for a name that is there.
-    data.setData(kBool, any(true));
+    EXPECT_TRUE(data.hasData(refusing) && data.getData(refusing, getError).empty());
+    // An error already in the holder empties a read that would succeed, and empties the bytes
+    // of a name that is there.
+    data.setDataFromBytes(kHash, hashBytes, error);
+    EXPECT_TRUE(data.hasData(kHash) && data.getData(kHash, getError).empty());
     EXPECT_TRUE(data.getDataAsBytes(kBool, error).isEmpty());
+    EXPECT_FALSE(getError.hasError());
 }
 
-TEST(DataObject, CopiesAreIndependent) {
-    DataObject source;
-    source.setData(kBool, any(true));
-    source.setData(kUnknown, any(ByteArray(2u, 'a')));
+namespace {
 
-    DataObject copy(source);
-    copy.setData(kBool, any(false));
-    copy.setData(kHash, any(MD5Hash(1, 1, 1, 1)));
+// Counts live instances and can be told to fail its next copy.
+struct Tracked {
+    static inline int live = 0;
+    static inline bool failNextCopy = false;
+    explicit Tracked(int v) : value(v) { ++live; }
+    Tracked(Tracked const &other) : value(other.value) {
+        if (failNextCopy) {
+            failNextCopy = false;
+            throw std::runtime_error("copy refused");
+        }
+        ++live;
+    }
+    Tracked &operator=(Tracked const &) = default;
+    ~Tracked() { --live; }
+    bool operator==(Tracked const &other) const { return value == other.value; }
+    int value;
+};
 
-    DataObject assigned;
-    assigned.setData(kBytes, any(ByteArray()));
-    assigned = source;
-    assigned.clear();
+struct Base {
+    virtual ~Base() = default;
+    bool operator==(Base const &) const { return true; }
+};
+struct Derived : Base {};
 
-    ErrorHolder error;
-    EXPECT_TRUE(any_cast<bool>(source.getData(kBool, error)));
-    EXPECT_FALSE(source.hasData(kHash));
-    EXPECT_EQ(source.getDataTypes().size(), 2u);
-    EXPECT_FALSE(any_cast<bool>(copy.getData(kBool, error)));
-    EXPECT_EQ(any_cast<ByteArray>(copy.getData(kUnknown, error)), ByteArray(2u, 'a'));
-    EXPECT_FALSE(error.hasError());
+}  // namespace
+
+TEST(Any, HoldsDeepCopiesComparedByTypeAndValue) {
+    const any none;
+    EXPECT_TRUE(none.empty() && any(none).empty());
+    any held(std::vector<std::string>{"a", "b"});
+    any copy(held);  // a non-const any is copied, not wrapped in another any
+    EXPECT_EQ(copy.type(), typeid(std::vector<std::string>));
+    any_cast<std::vector<std::string>>(&copy)->push_back("c");
+    EXPECT_EQ(any_cast<std::vector<std::string>>(held).size(), 2u);
+    copy = none;
+    EXPECT_TRUE(copy.empty());
+
+    EXPECT_TRUE(any(1) == any(1));
+    EXPECT_FALSE(any(1) == any(2) || any(1) == any(1.0) || any(1) == any());
+    const VORT::ByteArray ab("ab", 2), abc("abc", 3);
+    EXPECT_TRUE(any(ab) == any(VORT::ByteArray("ab", 2)));
+    EXPECT_FALSE(any(ab) == any(abc) || any(abc) == any(ab));
+}
+
+TEST(Any, CastNeedsTheExactTypeAndThePointerFormGivesNullInstead) {
+    any value(5);
+    EXPECT_THROW(any_cast<unsigned int>(value), bad_any_cast);
+    EXPECT_THROW(any_cast<int>(any()), bad_any_cast);
+    EXPECT_THROW(any_cast<Base>(any(Derived())), bad_any_cast);
+    try {
+        any_cast<double>(value);
+        ADD_FAILURE() << "no exception";
+    } catch (std::bad_cast const &error) {
+        EXPECT_STREQ(error.what(), "VORT::bad_any_cast: failed conversion using VORT::any_cast");
+    }
+    EXPECT_TRUE(any_cast<int>(static_cast<any *>(nullptr)) == nullptr &&
+                any_cast<int>(static_cast<const any *>(nullptr)) == nullptr &&
+                any_cast<double>(&value) == nullptr);
+    *any_cast<int>(&value) = 6;
+    EXPECT_EQ(*any_cast<int>(static_cast<const any *>(&value)), 6);
+}
+
+TEST(Any, AssignmentAndSwapKeepOwnershipStraight) {
+    {
+        any a(Tracked(1));
+        any b(Tracked(2));
+        a = a;
+        EXPECT_EQ(&a.swap(b), &a);
+        EXPECT_EQ(any_cast<Tracked>(&a)->value * 10 + any_cast<Tracked>(&b)->value, 21);
+        Tracked::failNextCopy = true;  // a copy that throws leaves the target as it was
+        EXPECT_THROW(a = b, std::runtime_error);
+        EXPECT_EQ(any_cast<Tracked>(&a)->value, 2);
+        a = b;
+        EXPECT_TRUE(a == b);
+        EXPECT_EQ(Tracked::live, 2);
+    }
+    EXPECT_EQ(Tracked::live, 0);
 }

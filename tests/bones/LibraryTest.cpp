@@ -20,12 +20,9 @@ std::string message(uint32_t code, const char *a = nullptr, const char *b = null
 std::string shiftJis(std::string const &utf8) {
     iconv_t converter = iconv_open("SHIFT_JIS", "UTF-8");
     EXPECT_NE(converter, reinterpret_cast<iconv_t>(-1));
-    std::string in = utf8;
-    std::string out(in.size() * 2 + 1, '\0');
-    char *source = in.data();
-    size_t sourceLeft = in.size();
-    char *target = out.data();
-    size_t targetLeft = out.size();
+    std::string in = utf8, out(in.size() * 2 + 1, '\0');
+    char *source = in.data(), *target = out.data();
+    size_t sourceLeft = in.size(), targetLeft = out.size();
     EXPECT_NE(iconv(converter, &source, &sourceLeft, &target, &targetLeft),
               static_cast<size_t>(-1));
     iconv_close(converter);
@@ -58,8 +55,7 @@ const CatalogueRow kRows[] = {
      "Package 'A' cannot be registered in Universe with root B.",
      "パッケージ 'A' は、ルート B を持つ Universe で登録できません。"},
     {0x5A0009, "VT_ClassDoesNotExposeInterface", "Class 'A' does not expose requested interface.",
-     "クラス 'A' は、要求されたインタフェースを公開しません。"},
-};
+     "クラス 'A' は、要求されたインタフェースを公開しません。"}};
 
 class Library : public vort_test::PlatformHooksTest {
 protected:
@@ -80,18 +76,15 @@ TEST_F(Library, CatalogueSpeaksEnglishAndJapanese) {
 
 TEST_F(Library, TablesHaveNineRowsAndTheirTerminators) {
     const hsl_message_table &primary = VORT::primaryMessageTable();
-    EXPECT_EQ(primary.count, 9u);
-    EXPECT_EQ(primary.facility, 0x5Au);
-    EXPECT_EQ(primary.codes[9], 0xFFFFFFFFu);
+    EXPECT_TRUE(primary.count == 9 && primary.facility == 0x5A && primary.codes[9] == 0xFFFFFFFF);
     EXPECT_STREQ(primary.trailing, "");
     for (int i = 0; i < 9; ++i) {
+        EXPECT_EQ(primary.codes[i], kRows[i].code);
         EXPECT_STREQ(primary.ids[i], kRows[i].id);
     }
     const hsl_language_table &japanese = VORT::japaneseMessageTable();
-    EXPECT_EQ(japanese.facilities[0], 0x5Au);
-    EXPECT_EQ(japanese.facilities[1], 0xFFFFFFFFu);
-    EXPECT_EQ(japanese.codeTables[0], primary.codes);
-    EXPECT_EQ(japanese.counts[0], 9u);
+    EXPECT_TRUE(japanese.facilities[0] == 0x5A && japanese.facilities[1] == 0xFFFFFFFF);
+    EXPECT_TRUE(japanese.codeTables[0] == primary.codes && japanese.counts[0] == 9);
 }
 
 TEST_F(Library, SecondInitializationRegistersNothingMore) {
@@ -117,9 +110,8 @@ TEST_F(Library, LogAssertReportsOnceAndNeverRecurses) {
     EXPECT_EQ(platform.debugOutput(), ".\\bones\\Registry (120) : Assertion failure (node != 0)");
     auto reports = platform.assertions();
     ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].expression, "node != 0");
-    EXPECT_EQ(reports[0].file, ".\\bones\\Registry");
-    EXPECT_EQ(reports[0].line, 120);
+    EXPECT_EQ(reports[0].expression + reports[0].file + std::to_string(reports[0].line),
+              "node != 0.\\bones\\Registry120");
 
     platform.clear();
     const HslAssertHandler recorder = hslSetAssertHandler(&reassertFromHandler);

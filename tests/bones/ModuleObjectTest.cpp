@@ -67,16 +67,15 @@ TEST_F(ModuleObjectTest, DeleterReleasesInOrderOfEntryOverTheListAsItWas) {
         EXPECT_TRUE(g_released.empty());
     }
     EXPECT_EQ(g_released, (std::vector<std::string>{"first", "reentrant", "held"}));
-    EXPECT_TRUE(heldAlive.expired());
-    EXPECT_TRUE(emptyAlive.expired()) << "the entry with a null pointer freed itself too";
+    // The entry with a null pointer freed itself too.
+    EXPECT_TRUE(heldAlive.expired() && emptyAlive.expired());
     ASSERT_NE(late, nullptr);  // what came in during the walk is left to its owner
     late->release();
     EXPECT_EQ(g_released.back(), "late");
 }
 
 TEST_F(ModuleObjectTest, CopiesAndAssignmentHoldTheSamePointersWithoutReleasing) {
-    auto *kept = new ModuleObjectDeleter;
-    auto *replaced = new ModuleObjectDeleter;
+    auto *kept = new ModuleObjectDeleter, *replaced = new ModuleObjectDeleter;
     ModuleObject *dropped = new ItemEntry(new Item{"dropped"});
     kept->append(new ItemEntry(new Item{"shared"}));
     replaced->append(dropped);
@@ -85,8 +84,7 @@ TEST_F(ModuleObjectTest, CopiesAndAssignmentHoldTheSamePointersWithoutReleasing)
     EXPECT_TRUE(g_released.empty()) << "assignment released an entry";
     { ModuleObjectDeleter copy(*replaced); }  // the copy releases what the original holds
     EXPECT_EQ(g_released, std::vector<std::string>{"shared"});
-    *kept = ModuleObjectDeleter();  // both held "shared": empty them, or it is released again
-    *replaced = ModuleObjectDeleter();
+    *kept = *replaced = ModuleObjectDeleter();  // both held "shared": else it is released again
     delete kept;
     delete replaced;
     dropped->release();

@@ -1,11 +1,15 @@
 #include <vort/bones/Library.h>
+#include <vort/bones/PackagePath.h>
 #include <vort/bones/Registry.h>
 #include <vort/err/ZQFErrorDescription.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 
+using VORT::ClassName;
+using VORT::ClassPath;
 using VORT::ErrorHolder;
 using VORT::Package;
 using VORT::PackageName;
@@ -35,27 +39,23 @@ TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
     EXPECT_EQ(universe.findPackage(path("root"), error), root);
     EXPECT_EQ(universe.createPackage(path("root"), error), root);
     EXPECT_FALSE(root->isRoot());  // only the empty path is a root by that test
-    EXPECT_EQ(root->getUniverse(), &universe);
 
     Package *b = universe.createPackage(path("root.a.b"), error);
     ASSERT_NE(b, nullptr);
     ASSERT_FALSE(error.hasError());
     Package *a = universe.findPackage(path("root.a"), error);
     ASSERT_NE(a, nullptr);
-    EXPECT_EQ(b->getParent(), a);
-    EXPECT_EQ(a->getParent(), root);
+    EXPECT_TRUE(b->getParent() == a && a->getParent() == root);
     EXPECT_EQ(b->getPath().toString() + "|" + b->getName().toString(), "root.a.b|b");
-    EXPECT_EQ(b->getUniverse(), &universe);
+    EXPECT_TRUE(b->getUniverse() == &universe && root->getUniverse() == &universe);
     ASSERT_EQ(a->getChildren().size(), 1);
-    EXPECT_EQ(a->getChildren()[0].get(), b);
-    EXPECT_EQ(b->getResolveRoutes().value(0), a);
+    EXPECT_TRUE(a->getChildren()[0].get() == b && b->getResolveRoutes().value(0) == a);
     EXPECT_TRUE(b->getBaseClassNames().isEmpty());
 
     // An existing path gives its package and makes nothing.
     EXPECT_EQ(universe.createPackage(path("root.a.b"), error), b);
     universe.createPackage(path("root.a.c"), error);
-    EXPECT_EQ(a->getChildren().size(), 2);
-    EXPECT_EQ(root->getChildren().size(), 1);
+    EXPECT_EQ(a->getChildren().size() * 10 + root->getChildren().size(), 21);
 }
 
 TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
@@ -97,8 +97,7 @@ TEST(Registry, AnUnnamedRootTakesEveryPathButKeysDiffer) {
     ErrorHolder error;
     Package *a = universe.createPackage(path("a"), error);
     ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(universe.getRootPackage()->isRoot());
-    EXPECT_EQ(a->getPath(), path(".a"));
+    EXPECT_TRUE(universe.getRootPackage()->isRoot() && a->getPath() == path(".a"));
     EXPECT_EQ(universe.findPackage(path("a"), error), a);
     EXPECT_EQ(universe.findPackage(path(".a"), error), nullptr);
     EXPECT_EQ(universe.createPackage(path(""), error), universe.getRootPackage());
@@ -116,19 +115,82 @@ TEST(Registry, PackagesOwnTheirFactoriesAndRegisterTheirClass) {
         EXPECT_EQ(a->getBaseClassNames().size(), 2);
         // b takes a's tables (and its count, 2 like its own): b's factory goes, a's are shared.
         *b = *a;
-        EXPECT_EQ(Factory::live, 2);
-        EXPECT_EQ(b->getBaseClassNames().size(), 2);
+        EXPECT_EQ(Factory::live * 10 + b->getBaseClassNames().size(), 22);
 
         VORT::ClassRegistration<Package>::registerIn(a);
-        EXPECT_EQ(Package::staticGetClassName().toString(), "Package");
-        EXPECT_EQ(b->getClassPath().toString(), "root.a:Package");
+        EXPECT_EQ(b->getClassPath().toString() + Package::staticGetClassName().toString(),
+                  "root.a:PackagePackage");
         EXPECT_EQ(b->getPackage(), a);
 
         // A copy of the registry shares the packages, which still point at the first.
         const Registry copy(universe);
         EXPECT_EQ(copy.getRootPackage(), universe.getRootPackage());
-        EXPECT_EQ(copy.findPackage(path("root.a"), error), a);
-        EXPECT_EQ(a->getUniverse(), &universe);
+        EXPECT_TRUE(copy.findPackage(path("root.a"), error) == a && a->getUniverse() == &universe);
     }
     EXPECT_EQ(Factory::live, 0);
+}
+
+TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
+    struct Case {
+        const char *text;
+        bool name, packagePath, classPath;
+    };
+    const Case cases[] = {{"", false, true, false},        {"W_1\t\xC3\xA9", true, true, false},
+                          {"a..b", false, true, false},    {".a.", false, true, false},
+                          {"a b.c", false, false, false},  {":Widget", false, false, true},
+                          {"a..b.:C", false, false, true}, {"a:b:C", false, false, false},
+                          {"a.b:", false, false, false},   {"a:b.c", false, false, false}};
+    for (Case const &c : cases) {
+        EXPECT_EQ(ClassName(StringID(c.text)).isValid(), c.name) << c.text;
+        EXPECT_EQ(PackageName(StringID(c.text)).isValid(), c.name) << c.text;
+        EXPECT_EQ(PackagePath(StringID(c.text)).isValid(), c.packagePath) << c.text;
+        EXPECT_EQ(ClassPath(StringID(c.text)).isValid(), c.classPath) << c.text;
+    }
+    // path: super path, last name, first name; class path: package path, class name
+    const char *const parts[][6] = {
+        {"", "", "", "", "", ""},
+        {"a", "", "a", "a", "", ""},
+        {"a.b:C", "a", "b:C", "a", "a.b", "C"},
+        {".a", "", "a", "", "", ""},
+        {"a:b:C", "", "a:b:C", "a:b:C", "a", "b:C"},
+        {":W", "", ":W", ":W", "", "W"},
+    };
+    for (auto const &p : parts) {
+        const PackagePath path{StringID(p[0])};
+        const ClassPath classPath{StringID(p[0])};
+        EXPECT_EQ(path.getSuperPackagePath().toString() + "|" + path.getPackageName().toString() +
+                      "|" + path.getFirstPackageName().toString() + "|" +
+                      classPath.getPackagePath().toString() + "|" +
+                      classPath.getClassName().toString(),
+                  std::string(p[1]) + "|" + p[2] + "|" + p[3] + "|" + p[4] + "|" + p[5]);
+        EXPECT_EQ(path.isRoot(), *p[0] == '\0') << p[0];
+        EXPECT_EQ(classPath.isRoot(), *p[0] == ':') << p[0];
+    }
+}
+
+TEST(PackagePath, ConcatJoinsBlindlyWithTheTablesSeparator) {
+    const PackageName a{StringID("a")};
+    const PackagePath ab{StringID("a.b")}, root;
+    const ClassName c{StringID("C")};
+    const ClassPath cd{StringID("c:D")};
+    const std::string joined[] = {
+        a.concat(a).toString(),    a.concat(ab).toString(),  a.concat(c).toString(),
+        a.concat(cd).toString(),   ab.concat(ab).toString(), ab.concat(a).toString(),
+        ab.concat(c).toString(),   ab.concat(cd).toString(), root.concat(a).toString(),
+        root.concat(c).toString(), a.concat(root).toString()};
+    const std::string expected[] = {"a.a",   "a.a.b",   "a:C", "a.c:D", "a.b.a.b", "a.b.a",
+                                    "a.b:C", "a.b.c:D", ".a",  ":C",    "a."};
+    for (int i = 0; i < 11; ++i) {
+        EXPECT_EQ(joined[i], expected[i]) << i;
+    }
+    static_assert(std::is_same<decltype(a.concat(cd)), ClassPath>::value, "");
+    static_assert(std::is_same<decltype(ab.concat(a)), PackagePath>::value, "");
+}
+
+TEST(PackagePath, ComparesAsItsIdAndKeepsKindsApart) {
+    const PackagePath path{StringID("a.b")}, lenient{StringID("a..b")};
+    EXPECT_TRUE(path == PackagePath(PackageName(StringID("a.b"))));
+    EXPECT_TRUE(path != lenient);  // the same package by the grammar, another text
+    static_assert(!std::is_convertible<ClassName, PackagePath>::value, "kinds stay apart");
+    static_assert(sizeof(ClassPath) == sizeof(StringID), "as cheap as an id");
 }

@@ -1,8 +1,14 @@
+#include "support/Latch.h"
 #include <vort/bones/StringTokenizer.h>
+#include <vort/bones/StringUtils.h>
+#include <vort/bones/UUID.h>
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 using VORT::StringTokenizer;
@@ -26,8 +32,7 @@ TEST(StringTokenizer, SplitsKeepingTheSlashLeftAtTheEnd) {
         {"xababx", "ab", false, true, 2, {"x", "x"}},
         {"aaa", "aa", false, false, 2, {"", "a"}},
         {"", ",", true, true, 0, {}},
-        {"abc", "", false, false, 0, {}},
-    };
+        {"abc", "", false, false, 0, {}}};
     for (Case const &c : cases) {
         SCOPED_TRACE(std::string(c.text) + " by " + c.delimiter);
         StringTokenizer tokenizer(c.text, c.delimiter, c.trim, c.collapse);
@@ -73,4 +78,85 @@ TEST(StringTokenizer, ReadsNumbersAndFiltersTokens) {
         EXPECT_EQ(tokenizer.filterNextToken(f[1]), f[2]) << f[0];
         EXPECT_EQ(tokenizer.remainingString(), "rest");
     }
+}
+
+TEST(StringUtils, ReplacesAndSplitsAtTheFirstMatch) {
+    const char *const replaced[][4] = {
+        {"aaa", "aa", "b", "ba"}, {"abab", "ab", "abab", "abababab"}, {"abc", "", "x", "abc"}};
+    for (auto const &c : replaced) {
+        EXPECT_EQ(VORT::StringReplace(c[0], c[1], c[2]), c[3]) << c[0] << ": " << c[1];
+    }
+    std::string left = "kept", right = "kept";
+    EXPECT_FALSE(VORT::SplitStringFromLeft("no separator", "=", left, right));
+    EXPECT_EQ(left + "|" + right, "kept|kept");
+    std::string rest = "a::b::c", head;
+    ASSERT_TRUE(VORT::SplitStringFromLeft(rest, "::", head, rest));
+    ASSERT_TRUE(VORT::SplitStringFromLeft(rest, "::", rest, head));
+    EXPECT_EQ(rest + "|" + head, "b|c");
+}
+
+TEST(StringUtils, GetTokenSkipsDelimiterSets) {
+    std::string token = "old";
+    std::size_t position = 0;
+    ASSERT_TRUE(VORT::GetToken("  ab  cd", " ", token, position));
+    EXPECT_EQ(token + "@" + std::to_string(position), "ab@4");
+    ASSERT_TRUE(VORT::GetToken("  ab  cd", " ", token, position));
+    EXPECT_EQ(token + "@" + std::to_string(position), "cd@8");
+    EXPECT_FALSE(VORT::GetToken("  ab  cd", " ", token, position));
+    EXPECT_EQ(token + "@" + std::to_string(position), "cd@8");
+    position = 4;
+    ASSERT_TRUE(VORT::GetToken(";a,b;;c,", ",;", token, position));
+    EXPECT_EQ(token + "@" + std::to_string(position), "c@7");
+}
+
+TEST(StringUtils, CompareIgnoreCaseFoldsAsciiLettersOnly) {
+    struct Case {
+        const char *a, *b;
+        int sign;
+    };
+    const Case cases[] = {{"", "", 0},
+                          {"Hello", "hELLO", 0},
+                          {"ABCXYZ", "abcxyz", 0},
+                          {"abc", "ABCD", -1},
+                          {"_", "A", -1},
+                          {"[", "a", -1},
+                          {"@", "`", -1},
+                          {"\xC3\xA9", "\xC3\x89", 1},
+                          {"\xFF", "a", 1}};
+    for (Case const &c : cases) {
+        const int forward = VORT::compareIgnoreCase(c.a, c.b);
+        const int backward = VORT::compareIgnoreCase(c.b, c.a);
+        EXPECT_EQ((forward > 0) - (forward < 0), c.sign) << c.a << " vs " << c.b;
+        EXPECT_EQ((backward > 0) - (backward < 0), -c.sign) << c.b << " vs " << c.a;
+    }
+}
+
+// The tokenizer's numbers share one C locale, made on first use, and UUIDs come from one
+// generator: threads that start together race both from the first call on.
+TEST(TextConcurrency, NumbersAndUuidsFromManyThreadsAtOnce) {
+    constexpr int kThreads = 4;
+    vort_test::Latch start(kThreads);
+    std::vector<std::vector<std::string>> uuids(kThreads);
+    std::vector<double> sums(kThreads, 0.0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            start.countDown();
+            start.wait();
+            for (int i = 0; i < 200; ++i) {
+                VORT::StringTokenizer tokens("1.5;2", ";", false, false);
+                sums[t] += tokens.nextFloatToken() + tokens.nextIntToken();
+                uuids[t].push_back(VORT::UUID::createUuidAsString());
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    std::set<std::string> distinct;
+    for (int t = 0; t < kThreads; ++t) {
+        EXPECT_EQ(sums[t], 700.0);
+        distinct.insert(uuids[t].begin(), uuids[t].end());
+    }
+    EXPECT_EQ(distinct.size(), std::size_t(kThreads * 200));
 }

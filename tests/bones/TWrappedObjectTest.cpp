@@ -1,4 +1,5 @@
 #include "support/Latch.h"
+#include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/TWrappedObject.h>
 #include <vort/messaging/Thread.h>
 
@@ -9,29 +10,26 @@
 #include <thread>
 #include <vector>
 
+using VORT::NotifyBlockPasted;
 using VORT::StringID;
 using VORT::TWrappedObject;
 
 namespace {
 
-// Hears of wrapped objects' ends, and reads the name while the object still stands.
+// Hears of wrapped objects' ends. Where it runs on the destroying thread it also reads the
+// name while the object still stands; elsewhere the object is gone and only the pointer counts.
 class Obituary : public VTMS::Listener {
 public:
     ~Obituary() override { disconnect(); }
     void onDestroyed(TWrappedObject *object) {
         ended.push_back(object);
-        names.push_back(object->getTWrapperClassName().getString());
+        if (readsName) {
+            names.push_back(object->getTWrapperClassName().getString());
+        }
     }
+    bool readsName = true;
     std::vector<TWrappedObject *> ended;
     std::vector<std::string> names;
-};
-
-// Only compares the pointer it gets: it runs on another thread, after the object is gone.
-class RemoteObituary : public VTMS::Listener {
-public:
-    ~RemoteObituary() override { disconnect(); }
-    void onDestroyed(TWrappedObject *object) { ended.push_back(object); }
-    std::vector<TWrappedObject *> ended;
 };
 
 }  // namespace
@@ -50,9 +48,8 @@ TEST(TWrappedObject, AnnouncesItsEndWhileStillWholeOnTheEmitterItShares) {
     EXPECT_TRUE(obituary.ended.empty());
     TWrappedObject *const address = object.get();
     object.reset();
-    ASSERT_EQ(obituary.ended.size(), 1u);
-    EXPECT_EQ(obituary.ended[0], address);
-    EXPECT_EQ(obituary.names[0], "tools.paint:Brush") << "the listener ran after the object went";
+    EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
+    EXPECT_EQ(obituary.names, std::vector<std::string>{"tools.paint:Brush"});
 
     TWrappedObject source;
     source.destroyed.connect(&obituary, &Obituary::onDestroyed);
@@ -65,7 +62,8 @@ TEST(TWrappedObject, AnnouncesItsEndWhileStillWholeOnTheEmitterItShares) {
 }
 
 TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
-    RemoteObituary obituary;
+    Obituary obituary;
+    obituary.readsName = false;
     vort_test::Latch known(1), destroyed(1), processed(1);
     VTMS::Thread *record = nullptr;
     std::thread other([&] {
@@ -78,13 +76,35 @@ TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
     });
     ASSERT_TRUE(known.wait());
     auto object = std::make_unique<TWrappedObject>();
-    object->destroyed.connect(&obituary, &RemoteObituary::onDestroyed, record);
-    const TWrappedObject *const address = object.get();
+    object->destroyed.connect(&obituary, &Obituary::onDestroyed, record);
+    TWrappedObject *const address = object.get();
     object.reset();
     EXPECT_TRUE(obituary.ended.empty()) << "delivered on the destroying thread";
     destroyed.countDown();
     ASSERT_TRUE(processed.wait());
     other.join();
-    ASSERT_EQ(obituary.ended.size(), 1u);
-    EXPECT_EQ(obituary.ended[0], address);
+    EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
+}
+
+namespace {
+
+class Paste : public VTMS::Listener {
+public:
+    ~Paste() override { disconnect(); }
+    void onPasted() { ++count; }
+    int count = 0;
+};
+
+}  // namespace
+
+TEST(NotifyBlockPasted, OneInstanceCallsItsListenersDirectly) {
+    NotifyBlockPasted *const instance = NotifyBlockPasted::getInstance();
+    ASSERT_TRUE(instance != nullptr && NotifyBlockPasted::getInstance() == instance);
+    Paste paste;
+    instance->connect(&paste, &Paste::onPasted);
+    // The default mode calls a listener without a thread inside the send.
+    instance->send();
+    EXPECT_EQ(paste.count, 1);
+    paste.disconnect();
+    EXPECT_FALSE(instance->hasConnections());
 }

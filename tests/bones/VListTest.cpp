@@ -49,6 +49,46 @@ VList<int> listIn(Layout layout) {
     return list;
 }
 
+enum Op { Append, AppendList, Prepend, Insert, RemoveAt, Erase, Move };
+
+// One edit, made to the list and to the deque that models it.
+void apply(Op op, int a, int b, int value, VList<int> &list, std::deque<int> &model) {
+    switch (op) {
+        case Append:
+            list.append(value);
+            model.push_back(value);
+            break;
+        case AppendList:
+            list.append(listIn({0, a, a}));
+            for (int i = 0; i < a; ++i) {
+                model.push_back(i);
+            }
+            break;
+        case Prepend:
+            list.prepend(value);
+            model.push_front(value);
+            break;
+        case Insert:
+            list.insert(a, value);
+            model.insert(model.begin() + std::clamp(a, 0, int(model.size())), value);
+            break;
+        case RemoveAt:
+            list.removeAt(a);
+            model.erase(model.begin() + a);
+            break;
+        case Erase:
+            list.erase(list.begin() + a, list.begin() + a + b);
+            model.erase(model.begin() + a, model.begin() + a + b);
+            break;
+        case Move:
+            list.move(a, b);
+            const int moved = model[size_t(a)];
+            model.erase(model.begin() + a);
+            model.insert(model.begin() + b, moved);
+            break;
+    }
+}
+
 }  // namespace
 
 TEST(VortAllocMore, SizesBlocksInStepsOfEightThenPowersOfTwo) {
@@ -112,7 +152,6 @@ TEST(VListData, DetachCopiesTheSlotsAndDropsTheOldCount) {
 // Each operation on a list laid out as `before`: the layout it leaves, and (against a deque)
 // the contents.
 TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
-    enum Op { Append, AppendList, Prepend, Insert, RemoveAt, Erase, Move };
     struct Row {
         Op op;
         Layout before;
@@ -161,7 +200,6 @@ TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
     for (const Row &row : rows) {
         VList<int> list = listIn(row.before);
         std::deque<int> model(list.begin(), list.end());
-        const int size = list.size();
         // Mark the free slots: an operation may write only where the list was or is now.
         std::vector<char> marks(64);  // a mark of its own for each free slot
         VListData::Data *const block = list.data().d;
@@ -169,41 +207,7 @@ TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
             block->items[k] =
                 k < block->first || k >= block->last ? &marks[size_t(k)] : block->items[k];
         }
-        switch (row.op) {
-            case Append:
-                list.append(-1);
-                model.push_back(-1);
-                break;
-            case AppendList:
-                list.append(listIn({0, row.a, row.a}));
-                for (int i = 0; i < row.a; ++i) {
-                    model.push_back(i);
-                }
-                break;
-            case Prepend:
-                list.prepend(-1);
-                model.push_front(-1);
-                break;
-            case Insert:
-                list.insert(row.a, -1);
-                model.insert(model.begin() + std::clamp(row.a, 0, size), -1);
-                break;
-            case RemoveAt:
-                list.removeAt(row.a);
-                model.erase(model.begin() + row.a);
-                break;
-            case Erase:
-                list.erase(list.begin() + row.a, list.begin() + row.a + row.b);
-                model.erase(model.begin() + row.a, model.begin() + row.a + row.b);
-                break;
-            case Move: {
-                list.move(row.a, row.b);
-                const int t = model[size_t(row.a)];
-                model.erase(model.begin() + row.a);
-                model.insert(model.begin() + row.b, t);
-                break;
-            }
-        }
+        apply(row.op, row.a, row.b, -1, list, model);
         const auto where = "op " + std::to_string(int(row.op)) + " on " +
                            ::testing::PrintToString(row.before) + " with " + std::to_string(row.a) +
                            ", " + std::to_string(row.b);
@@ -223,45 +227,17 @@ TEST(VList, MatchesADequeUnderRandomEdits) {
     VList<int> list;
     std::deque<int> model;
     for (int step = 0; step < 20000; ++step) {
-        const int size = int(model.size());
-        const int pick = size ? int(random() % unsigned(size)) : 0;
-        switch (random() % 8) {
-            case 0:
-            case 1:
-                list.append(step);
-                model.push_back(step);
-                break;
-            case 2:
-            case 3:
-                list.prepend(step);
-                model.push_front(step);
-                break;
-            case 4:
-                list.insert(pick, step);
-                model.insert(model.begin() + pick, step);
-                break;
-            case 5:
-                if (size) {
-                    list.removeAt(pick);
-                    model.erase(model.begin() + pick);
-                }
-                break;
-            case 6:
-                if (size) {
-                    const int to = int(random() % unsigned(size));
-                    list.move(pick, to);
-                    const int t = model[size_t(pick)];
-                    model.erase(model.begin() + pick);
-                    model.insert(model.begin() + to, t);
-                }
-                break;
-            case 7:
-                if (size) {
-                    const int n = int(random() % unsigned(size - pick + 1));
-                    list.erase(list.begin() + pick, list.begin() + pick + n);
-                    model.erase(model.begin() + pick, model.begin() + pick + n);
-                }
-                break;
+        const unsigned int size = unsigned(model.size());
+        const int pick = size ? int(random() % size) : 0;
+        // Half the draws add one item at an end; removals need an item.
+        const Op ops[] = {Append,   Prepend, Append, Prepend,   Insert,
+                          RemoveAt, Move,    Erase,  AppendList};
+        const Op op = ops[random() % 9];
+        if (size || op < RemoveAt) {
+            const int other = op == Erase  ? int(random() % (size - unsigned(pick) + 1))
+                              : op == Move ? int(random() % size)
+                                           : int(random() % 4);
+            apply(op, op == AppendList ? other : pick, other, step, list, model);
         }
         const Layout l = layoutOf(list);
         ASSERT_TRUE(0 <= l.first && l.first <= l.last && l.last <= l.capacity) << step;

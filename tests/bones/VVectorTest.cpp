@@ -32,10 +32,9 @@ std::vector<int> capacitiesWhileAppending(int count) {
 
 TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
     // Four-byte elements behind a 16-byte header: typed data is 20 bytes.
-    const int rows[][5] = {
-        {20, 1, 4, 0, 2},       {20, 3, 4, 0, 4},       {20, 7, 4, 0, 8}, {20, 13, 4, 0, 28},
-        {20, 1020, 4, 0, 1020}, {20, 1021, 4, 0, 2044}, {24, 0, 8, 1, 0}, {24, 10, 8, 1, 15},
-    };
+    const int rows[][5] = {{20, 1, 4, 0, 2},   {20, 3, 4, 0, 4},       {20, 7, 4, 0, 8},
+                           {20, 13, 4, 0, 28}, {20, 1020, 4, 0, 1020}, {20, 1021, 4, 0, 2044},
+                           {24, 0, 8, 1, 0},   {24, 10, 8, 1, 15}};
     for (const auto &r : rows) {
         EXPECT_EQ(VVectorData::grow(r[0], r[1], size_t(r[2]), r[3] != 0), r[4]) << r[1];
     }
@@ -51,13 +50,12 @@ TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
     } source;
     source.header.ref.init(3);
     source.header.capacity = source.header.size = 5;
-    source.header.sharable = 1;
-    source.header.reserved = 1;
+    source.header.sharable = source.header.reserved = 1;
     std::iota(std::begin(source.elements), std::end(source.elements), 1);
     for (int size : {8, 2}) {
         VVectorData *copy = VVectorData::malloc(20, size, 4, &source.header);
-        EXPECT_EQ(copy->capacity * 10 + copy->size, 55);  // the header as it was
-        EXPECT_EQ(copy->reserved, 1u);
+        // The header as it was.
+        EXPECT_EQ(copy->capacity * 100 + copy->size * 10 + int(copy->reserved), 551);
         const int *elements = reinterpret_cast<const int *>(reinterpret_cast<char *>(copy) + 16);
         EXPECT_EQ(std::vector<int>(elements, elements + std::min(size, 5)),
                   std::vector<int>(source.elements, source.elements + std::min(size, 5)));

@@ -1,6 +1,6 @@
 // Test support: a value type that counts its constructions and destructions, and notices a
-// destruction of an object that is not alive (destroyed twice, or never constructed), so that a
-// container test can check that every element it made was destroyed exactly once.
+// destruction or use of an object that is not alive (destroyed twice, or never constructed), so
+// that a container test can check that every element it made was destroyed exactly once.
 //
 // The counters are process-wide atomics; use `Counted::Scope` to measure one test.
 #ifndef VORT_TESTS_SUPPORT_COUNTED_H
@@ -13,21 +13,15 @@ namespace vort_test {
 
 class Counted {
 public:
-    Counted() : m_value(0) { made(); }
-    Counted(int value) : m_value(value) { made(); }  // NOLINT: converting, like an int
-    Counted(const Counted &other) : m_value(other.checked()) {
-        made();
-        copies.fetch_add(1, std::memory_order_relaxed);
-    }
+    Counted(int value = 0) : m_value(value) { made(); }  // NOLINT: converting, like an int
+    Counted(const Counted &other) : m_value(other.checked()) { made(); }
     Counted &operator=(const Counted &other) {
         checked();
         m_value = other.checked();
         return *this;
     }
     ~Counted() {
-        if (m_alive != kAlive) {
-            badDestructions.fetch_add(1, std::memory_order_relaxed);
-        }
+        checked();
         // A volatile store: the compiler may drop a plain store into an object that is ending.
         *static_cast<volatile std::uint32_t *>(&m_alive) = 0;
         live.fetch_sub(1, std::memory_order_relaxed);
@@ -36,35 +30,21 @@ public:
     int value() const { return checked(); }
     bool operator==(const Counted &other) const { return checked() == other.checked(); }
     bool operator!=(const Counted &other) const { return !(*this == other); }
-    bool operator<(const Counted &other) const { return checked() < other.checked(); }
 
-    // Objects alive now, copies made, and destructions of dead objects since process start.
-    static inline std::atomic<int> live{0};
-    static inline std::atomic<int> copies{0};
-    static inline std::atomic<int> badDestructions{0};
-    // Uses of an object that is not alive.
-    static inline std::atomic<int> badUses{0};
-
-    // Remembers the counters at construction; `leaked()` and `copied()` are relative to them.
+    // Remembers the counters at construction; the counts are relative to them.
     class Scope {
     public:
-        Scope()
-            : m_live(live.load()),
-              m_copies(copies.load()),
-              m_bad(Counted::badDestructions.load()),
-              m_badUses(Counted::badUses.load()) {}
         int leaked() const { return live.load() - m_live; }
-        int copied() const { return copies.load() - m_copies; }
-        int badDestructions() const {
-            return Counted::badDestructions.load() - m_bad + Counted::badUses.load() - m_badUses;
-        }
+        // Destructions and uses of objects that were not alive.
+        int badDestructions() const { return bad.load() - m_bad; }
 
     private:
-        int m_live, m_copies, m_bad, m_badUses;
+        int m_live = live.load(), m_bad = bad.load();
     };
 
 private:
     static constexpr std::uint32_t kAlive = 0xA11CE5u;
+    static inline std::atomic<int> live{0}, bad{0};
 
     void made() {
         m_alive = kAlive;
@@ -72,7 +52,7 @@ private:
     }
     int checked() const {
         if (m_alive != kAlive) {
-            badUses.fetch_add(1, std::memory_order_relaxed);
+            bad.fetch_add(1, std::memory_order_relaxed);
         }
         return m_value;
     }

@@ -26,11 +26,6 @@ public:
         return m_done.wait_for(guard, limit, [this] { return m_count == 0; });
     }
 
-    bool isOpen() {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_count == 0;
-    }
-
 private:
     std::mutex m_lock;
     std::condition_variable m_done;

@@ -11,8 +11,7 @@ namespace {
 struct Captured {
     std::mutex lock;
     std::vector<AssertionReport> assertions;
-    std::string debug;
-    std::string console;
+    std::string debug, console;
     std::atomic<double> clock{0.0};
 };
 
@@ -21,70 +20,62 @@ Captured &captured() {
     return instance;
 }
 
+// A copy of one of the captured records, taken under the lock.
+template <typename T>
+T read(T Captured::*member) {
+    std::lock_guard<std::mutex> guard(captured().lock);
+    return captured().*member;
+}
+
+template <std::string Captured::*member>
+void record(const char *text) {
+    std::lock_guard<std::mutex> guard(captured().lock);
+    captured().*member += text;
+}
+
 void recordAssertion(const char *expression, const char *file, int line, const char *message) {
-    Captured &c = captured();
-    std::lock_guard<std::mutex> guard(c.lock);
-    c.assertions.push_back({expression ? expression : "", file ? file : "", line,
-                            message != nullptr, message ? message : ""});
+    std::lock_guard<std::mutex> guard(captured().lock);
+    captured().assertions.push_back({expression ? expression : "", file ? file : "", line,
+                                     message != nullptr, message ? message : ""});
 }
 
-void recordDebug(const char *text) {
-    Captured &c = captured();
-    std::lock_guard<std::mutex> guard(c.lock);
-    c.debug += text;
-}
-
-void recordConsole(const char *text) {
-    Captured &c = captured();
-    std::lock_guard<std::mutex> guard(c.lock);
-    c.console += text;
-}
-
-double readClock() {
-    return captured().clock.load();
+void install(HslAssertHandler onAssert, HslTextSink debug, HslTextSink console, HslClock clock) {
+    hslSetAssertHandler(onAssert);
+    hslSetDebugOutputSink(debug);
+    hslSetConsoleSink(console);
+    hslSetRealtimeSource(clock);
+    hslSetLanguage("en");
 }
 
 }  // namespace
 
 PlatformCapture::PlatformCapture() {
     clear();
-    hslSetAssertHandler(&recordAssertion);
-    hslSetDebugOutputSink(&recordDebug);
-    hslSetConsoleSink(&recordConsole);
-    hslSetRealtimeSource(&readClock);
-    hslSetLanguage("en");
+    install(&recordAssertion, &record<&Captured::debug>, &record<&Captured::console>,
+            [] { return captured().clock.load(); });
 }
 
 PlatformCapture::~PlatformCapture() {
-    hslSetAssertHandler(nullptr);
-    hslSetDebugOutputSink(nullptr);
-    hslSetConsoleSink(nullptr);
-    hslSetRealtimeSource(nullptr);
-    hslSetLanguage("en");
+    install(nullptr, nullptr, nullptr, nullptr);
 }
 
 std::vector<AssertionReport> PlatformCapture::assertions() const {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    return captured().assertions;
+    return read(&Captured::assertions);
 }
 
 std::string PlatformCapture::debugOutput() const {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    return captured().debug;
+    return read(&Captured::debug);
 }
 
 std::string PlatformCapture::consoleOutput() const {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    return captured().console;
+    return read(&Captured::console);
 }
 
 void PlatformCapture::clear() {
-    Captured &c = captured();
-    std::lock_guard<std::mutex> guard(c.lock);
-    c.assertions.clear();
-    c.debug.clear();
-    c.console.clear();
-    c.clock.store(0.0);
+    std::lock_guard<std::mutex> guard(captured().lock);
+    captured().assertions.clear();
+    captured().debug = captured().console = std::string();
+    captured().clock.store(0.0);
 }
 
 void PlatformCapture::setClock(double seconds) {
