@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 using vort_test::runVort;
 using vort_test::VortRun;
@@ -82,37 +83,33 @@ TEST(VortCompose, ExplainsEachLevelAndTheModifierItResolvesTo) {
 TEST(VortCompose, SaysWhichPartOfAKeyFailed) {
     const std::string star = example("star.png");
     const std::string missing = example("missing.png");
-    const std::string cannotLoad =
-        "vort compose: cannot load the image file '" + missing + "': File not found";
-    const std::string either = "vort compose: either -o OUT.png or --explain";
+    const auto refused = [](std::vector<std::string> arguments, int code,
+                            std::string const &err) -> vort_test::VortCase {
+        arguments.insert(arguments.begin(), "compose");
+        return {arguments, code, "", "vort compose: " + err};
+    };
+    const std::string cannotLoad = "cannot load the image file '" + missing + "': File not found";
+    const std::string either = "either -o OUT.png or --explain";
     vort_test::expectRuns({
-        {{"compose", "(;" + star + ";)", "-o", "x.png"},
-         1,
-         "",
-         "vort compose: malformed key '(;" + star + ";)': its first operand is empty"},
-        {{"compose", "(a);b;c;)", "-o", "x.png"},
-         1,
-         "",
-         "vort compose: malformed key '(a);b;c;)': its parentheses do not pair up"},
-        {{"compose", "(" + star + ";;Comp_Mode:Sideways;)", "-o", "x.png"},
-         1,
-         "",
-         "vort compose: unknown modifier 'Comp_Mode:Sideways' in key '(" + star +
-             ";;Comp_Mode:Sideways;)'"},
-        {{"compose", "(" + star + ";(" + missing + ";;);comp_mode:Screen;)", "-o", "x.png"},
-         1,
-         "",
-         cannotLoad},
+        refused({"(;" + star + ";)", "-o", "x.png"}, 1,
+                "malformed key '(;" + star + ";)': its first operand is empty"),
+        refused({"(a);b;c;)", "-o", "x.png"}, 1,
+                "malformed key '(a);b;c;)': its parentheses do not pair up"),
+        refused(
+            {"(" + star + ";;Comp_Mode:Sideways;)", "-o", "x.png"}, 1,
+            "unknown modifier 'Comp_Mode:Sideways' in key '(" + star + ";;Comp_Mode:Sideways;)'"),
+        refused({"(" + star + ";(" + missing + ";;);comp_mode:Screen;)", "-o", "x.png"}, 1,
+                cannotLoad),
         {{"compose", "--explain", missing},
          1,
          "(" + missing + ";;)\n  a         " + missing +
              "\n  modifier  loadImg: (no modifier named: one operand is a file) -> "
              "DefaultModifier, loads the file '" +
              missing + "'\n",
-         cannotLoad},
-        {{"compose", star}, 2, "", either},
-        {{"compose", "--explain", star, "-o", "x.png"}, 2, "", either},
-        {{"compose", "-o"}, 2, "", "vort compose: -o needs a file name"},
-        {{"compose", "a", "b", "-o", "x.png"}, 2, "", "vort compose: one key, please"},
+         "vort compose: " + cannotLoad},
+        refused({star}, 2, either),
+        refused({"--explain", star, "-o", "x.png"}, 2, either),
+        refused({"-o"}, 2, "-o needs a file name"),
+        refused({"a", "b", "-o", "x.png"}, 2, "one key, please"),
     });
 }

