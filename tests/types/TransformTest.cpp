@@ -129,7 +129,15 @@ TEST(Transform, TakesQTransformWithItsTranslationInTheThirdRow) {
     EXPECT_TRUE(std::fabs(ours.x - mapped.x()) < 1e-12 && std::fabs(ours.y - mapped.y()) < 1e-12);
 }
 
-TEST(Transform, AFailedStreamReadLeavesTheMatrixPartlyOverwritten) {
+TEST(Transform, StreamsCarryNineNumbers) {
+    std::ostringstream out;
+    out << Transform(1, 0, 5, 0, 1, 6, 0.5, 1e-7, 1);
+    EXPECT_EQ(out.str(), "1,0,5,0,1,6,0.5,1e-07,1");
+    std::istringstream in("1;2;3 ,4 x5|6,7,8,9 rest 9,9,9");
+    Transform read;
+    in >> read;
+    EXPECT_TRUE(!in.fail() && read == Transform(1, 2, 3, 4, 5, 6, 7, 8, 9));
+    // A failed read leaves the matrix partly overwritten.
     std::istringstream shortText("9,9,9");
     Transform partial;
     shortText >> partial;

@@ -68,6 +68,7 @@ TEST(TypeForms, EachValueGivesItsTextAndBytesAndReadsBack) {
         // `toBase64`'s whole string, NUL included; that NUL doesn't read back.
         {ByteArrayType::Create(), any(ByteArray("Man", 3u)), std::string("TWFu\0", 5), "4D 61 6E",
          false},
+        {ByteArrayType::Create(), any(ByteArray()), std::string(1, '\0'), "", false},
         {MD5HashType::Create(), any(MD5Hash(0x01ABCDEF, 0, 0xFFFFFFFF, 0x80000000)),
          "01ABCDEF00000000FFFFFFFF80000000", "EF CD AB 01 00 00 00 00 FF FF FF FF 00 00 00 80"},
         {ColorType::Create(true), any(Color(1.0, 0.0, 0.0, 1.0)), "[ 1, 0, 0, 1 ]", "FF 00 00 FF",
