@@ -230,29 +230,18 @@ TEST(GradientType, CarriesGradientsAsTextOnly) {
 }
 
 const char kGradients[] = R"(<Gradients>
-  <Sky gradient_type="radial">
-    <CoordinateMode>ObjectBounding</CoordinateMode>
-    <Spread>reflect</Spread>
-    <Focal x="0.25" y="w"/>
-    <Center x="0.5" y="0.5"/>
-    <Radius>0.75</Radius>
-    <Stop percent="0.25" color="1,0,0,1"/>
-    <Stop percent="0.5" color="highlight"/>
-    <Stop color="0;0;1;0.2"/>
-  </Sky>
+  <Sky gradient_type="radial"><CoordinateMode>ObjectBounding</CoordinateMode>
+    <Spread>reflect</Spread><Focal x="0.25" y="w"/><Center x="0.5" y="0.5"/><Radius>0.75</Radius>
+    <Stop percent="0.25" color="1,0,0,1"/><Stop percent="0.5" color="highlight"/>
+    <Stop color="0;0;1;0.2"/></Sky>
   <NoRadius gradient_type="Radial"><Stop percent="1" color="0,0,0,1"/></NoRadius>
-  <HalfLine gradient_type="LINEAR">
-    <PositionStart x="1" y="2"/><PositionEnd x="3"/>
-    <Stop percent="1" color="0,1,0,1"/>
-  </HalfLine>
+  <HalfLine gradient_type="LINEAR"><PositionStart x="1" y="2"/><PositionEnd x="3"/>
+    <Stop percent="1" color="0,1,0,1"/></HalfLine>
   <Line gradient_type="Linear">
-    <PositionStart x="1" y="2"/><PositionEnd x="3" y="4"/><Spread>sideways</Spread>
-  </Line>
+    <PositionStart x="1" y="2"/><PositionEnd x="3" y="4"/><Spread>sideways</Spread></Line>
   <Cone gradient_type="conical"><Angle value="45"/><Center x="w" y="w"/></Cone>
-  <NoAngle gradient_type="Conical"/>
-  <Nothing gradient_type="None"/>
-  <Odd gradient_type="Elliptic"/>
-  <Untyped/>
+  <NoAngle gradient_type="Conical"/><Nothing gradient_type="None"/>
+  <Odd gradient_type="Elliptic"/><Untyped/>
 </Gradients>
 )";
 
