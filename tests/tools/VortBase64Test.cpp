@@ -4,86 +4,40 @@
 
 #include <string>
 
-using vort_test::runVort;
-using vort_test::ScratchFolder;
-using vort_test::VortRun;
+using vort_test::VortCase;
 
-TEST(VortBase64, EncodesAndDecodesStandardInput) {
-    struct Row {
-        std::string bytes;
-        const char *text;  // null: long, checked by the round trip only
-    };
-    const Row rows[] = {
-        {"Man", "TWFu"},
-        {"M", "TQ=="},
-        {"", ""},
-        {std::string("\0\xFF\n\r", 4), "AP8KDQ=="},
-        {std::string(1000, 'z'), nullptr},
-    };
-    for (Row const &row : rows) {
-        const VortRun encoded = runVort({"base64", "encode"}, row.bytes);
-        ASSERT_TRUE(encoded.finished);
-        EXPECT_EQ(encoded.exitCode, 0) << encoded.err;
-        ASSERT_EQ(encoded.out.back(), '\n');
-        // One line, whatever the length.
-        EXPECT_EQ(encoded.out.find('\n'), encoded.out.size() - 1);
-        if (row.text != nullptr) {
-            EXPECT_EQ(encoded.out, std::string(row.text) + "\n");
-        }
-
-        const VortRun decoded = runVort({"base64", "decode"}, encoded.out);
-        ASSERT_TRUE(decoded.finished);
-        EXPECT_EQ(decoded.exitCode, 0) << decoded.err;
-        EXPECT_EQ(decoded.out, row.bytes);
-    }
-}
-
-TEST(VortBase64, WorksOnFiles) {
-    ScratchFolder folder;
-    const std::string bytes("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
-    folder.write("in.bin", bytes);
-
-    VortRun run = runVort({"base64", "encode", folder.path("in.bin"), "-o", folder.path("t")});
-    ASSERT_TRUE(run.finished);
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, "");
+TEST(VortBase64, EncodesDecodesAndRefusesWithTheLibrarysMessage) {
+    vort_test::ScratchFolder folder;
+    const std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
+    folder.write("in.bin", png);
+    const std::string binary("\0\xFF\n\r", 4);
+    const std::string longText(1000, 'z');
+    const std::string message = "vort base64: Can't convert string '";
+    vort_test::expectRuns({
+        {{"base64", "encode"}, 0, "TWFu\n", "", "Man"},
+        {{"base64", "encode"}, 0, "TQ==\n", "", "M"},
+        {{"base64", "encode"}, 0, "\n", ""},
+        {{"base64", "encode"}, 0, "AP8KDQ==\n", "", binary},
+        {{"base64", "decode"}, 0, "M", "", "TQ==\n"},
+        {{"base64", "decode"}, 0, "", "", "\n"},
+        {{"base64", "decode"}, 0, binary, "", "AP8KDQ==\n"},
+        // Blanks around the text are trimmed; inside it they are as wrong as any other character.
+        {{"base64", "decode"}, 0, "Man", "", "  TWFu \n\n"},
+        {{"base64", "encode", folder.path("in.bin"), "-o", folder.path("t")}, 0, "", ""},
+        {{"base64", "decode", folder.path("t"), "--output=" + folder.path("out.bin")}, 0, "", ""},
+        {{"base64", "decode"}, 1, "", message + "TW Fu' from Base64.\n", "TW Fu\n"},
+        {{"base64", "decode"}, 1, "", message + "TWFu\nTWFu' from Base64.\n", "TWFu\nTWFu\n"},
+        {{"base64", "decode"}, 1, "", message + "TW*u' from Base64.\n", "TW*u"},
+        {{"base64"}, 2, "", "missing encode or decode"},
+        {{"base64", "scramble"}, 2, "", "unknown mode 'scramble'"},
+        {{"base64", "encode", "a", "b"}, 2, "", "unexpected argument 'b'"},
+        {{"base64", "encode", "--wrap"}, 2, "", "unknown option '--wrap'"},
+    });
     EXPECT_EQ(folder.read("t"), "iVBORw0KGgoAAAANSUhEUg==\n");
+    EXPECT_EQ(folder.read("out.bin"), png);
 
-    run = runVort({"base64", "decode", folder.path("t"), "--output=" + folder.path("out.bin")});
-    ASSERT_TRUE(run.finished);
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(folder.read("out.bin"), bytes);
-}
-
-TEST(VortBase64, MalformedInputFailsWithTheLibrarysMessage) {
-    // Blanks around the text are trimmed; inside it they are as wrong as any other character.
-    const VortRun trimmed = runVort({"base64", "decode"}, "  TWFu \n\n");
-    EXPECT_EQ(trimmed.exitCode, 0) << trimmed.err;
-    EXPECT_EQ(trimmed.out, "Man");
-
-    struct Row {
-        std::string input;
-        std::string message;
-    };
-    const Row rows[] = {
-        {"TW Fu\n", "vort base64: Can't convert string 'TW Fu' from Base64.\n"},
-        {"TWFu\nTWFu\n", "vort base64: Can't convert string 'TWFu\nTWFu' from Base64.\n"},
-        {"TW*u", "vort base64: Can't convert string 'TW*u' from Base64.\n"},
-    };
-    for (Row const &row : rows) {
-        const VortRun run = runVort({"base64", "decode"}, row.input);
-        ASSERT_TRUE(run.finished);
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_EQ(run.out, "");
-        EXPECT_EQ(run.err, row.message);
-    }
-
-    for (auto const &arguments :
-         {std::vector<std::string>{"base64"}, std::vector<std::string>{"base64", "scramble"},
-          std::vector<std::string>{"base64", "encode", "a", "b"},
-          std::vector<std::string>{"base64", "encode", "--wrap"}}) {
-        const VortRun run = runVort(arguments);
-        ASSERT_TRUE(run.finished);
-        EXPECT_EQ(run.exitCode, 2) << run.err;
-    }
+    // A long input stays on one line, and comes back whole.
+    const vort_test::VortRun encoded = vort_test::runVort({"base64", "encode"}, longText);
+    ASSERT_EQ(encoded.out.find('\n'), encoded.out.size() - 1);
+    EXPECT_EQ(vort_test::runVort({"base64", "decode"}, encoded.out).out, longText);
 }

@@ -10,7 +10,6 @@
 #include <vector>
 
 using vort_test::runVort;
-using vort_test::ScratchFolder;
 using vort_test::VortRun;
 
 namespace {
@@ -23,19 +22,24 @@ QImage load(std::string const &path) {
     return QImage(QString::fromStdString(path)).convertToFormat(QImage::Format_ARGB32);
 }
 
-// Runs the README's key (a tinted star over a backdrop) into `out`, as a user would.
-VortRun composeStar(std::string const &out) {
-    return runVort({"compose",
-                    "(" + example("backdrop.png") + ";(" + example("star.png") +
-                        ";;color_modifier:;1,0.75,0.2,1;0;);comp_mode:SourceOver;)",
-                    "-o", out});
-}
-
 }  // namespace
 
-TEST(VortCompose, WritesTheComposedPictureAsPng) {
-    ScratchFolder folder;
-    const VortRun run = composeStar(folder.path("composed.png"));
+// The README's key, a tinted star over a backdrop, run as a user would, with no display at all.
+TEST(VortCompose, WritesTheComposedPictureAsPngOffscreen) {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    const QByteArray display = qgetenv("DISPLAY");
+    for (const char *name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        qunsetenv(name);
+    }
+    vort_test::ScratchFolder folder;
+    const VortRun run = runVort({"compose",
+                                 "(" + example("backdrop.png") + ";(" + example("star.png") +
+                                     ";;color_modifier:;1,0.75,0.2,1;0;);comp_mode:SourceOver;)",
+                                 "-o", folder.path("composed.png")});
+    qputenv("QT_QPA_PLATFORM", platform);
+    if (!display.isEmpty()) {
+        qputenv("DISPLAY", display);
+    }
     ASSERT_TRUE(run.finished) << run.err;
     EXPECT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out + run.err, "");
@@ -79,52 +83,33 @@ TEST(VortCompose, ExplainsEachLevelAndTheModifierItResolvesTo) {
 TEST(VortCompose, SaysWhichPartOfAKeyFailed) {
     const std::string star = example("star.png");
     const std::string missing = example("missing.png");
+    const auto refused = [](std::vector<std::string> arguments, int code,
+                            std::string const &err) -> vort_test::VortCase {
+        arguments.insert(arguments.begin(), "compose");
+        return {arguments, code, "", "vort compose: " + err};
+    };
     const std::string cannotLoad = "cannot load the image file '" + missing + "': File not found";
-    struct Row {
-        std::vector<std::string> arguments;
-        int exitCode;
-        std::string err;
-    };
-    const Row rows[] = {
-        {{"(;" + star + ";)", "-o", "x.png"},
+    const std::string either = "either -o OUT.png or --explain";
+    vort_test::expectRuns({
+        refused({"(;" + star + ";)", "-o", "x.png"}, 1,
+                "malformed key '(;" + star + ";)': its first operand is empty"),
+        refused({"(a);b;c;)", "-o", "x.png"}, 1,
+                "malformed key '(a);b;c;)': its parentheses do not pair up"),
+        refused(
+            {"(" + star + ";;Comp_Mode:Sideways;)", "-o", "x.png"}, 1,
+            "unknown modifier 'Comp_Mode:Sideways' in key '(" + star + ";;Comp_Mode:Sideways;)'"),
+        refused({"(" + star + ";(" + missing + ";;);comp_mode:Screen;)", "-o", "x.png"}, 1,
+                cannotLoad),
+        {{"compose", "--explain", missing},
          1,
-         "malformed key '(;" + star + ";)': its first operand is empty"},
-        {{"(a);b;c;)", "-o", "x.png"},
-         1,
-         "malformed key '(a);b;c;)': its parentheses do not pair up"},
-        {{"(" + star + ";;Comp_Mode:Sideways;)", "-o", "x.png"},
-         1,
-         "unknown modifier 'Comp_Mode:Sideways' in key '(" + star + ";;Comp_Mode:Sideways;)'"},
-        {{"(" + star + ";(" + missing + ";;);comp_mode:Screen;)", "-o", "x.png"}, 1, cannotLoad},
-        {{"--explain", missing}, 1, cannotLoad},
-        {{star}, 2, "either -o OUT.png or --explain"},
-        {{"--explain", star, "-o", "x.png"}, 2, "either -o OUT.png or --explain"},
-        {{"-o"}, 2, "-o needs a file name"},
-        {{"a", "b", "-o", "x.png"}, 2, "one key, please"},
-    };
-    for (Row const &row : rows) {
-        std::vector<std::string> arguments = {"compose"};
-        arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
-        const VortRun run = runVort(arguments);
-        ASSERT_TRUE(run.finished) << row.err;
-        EXPECT_EQ(run.exitCode, row.exitCode) << row.err;
-        EXPECT_EQ(run.err.find("vort compose: " + row.err), 0u) << run.err;
-    }
-}
-
-TEST(VortCompose, DrawsOffscreenWhenThereIsNoDisplay) {
-    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
-    const QByteArray display = qgetenv("DISPLAY");
-    for (const char *name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
-        qunsetenv(name);
-    }
-    ScratchFolder folder;
-    const VortRun run = composeStar(folder.path("out.png"));
-    qputenv("QT_QPA_PLATFORM", platform);
-    if (!display.isEmpty()) {
-        qputenv("DISPLAY", display);
-    }
-    ASSERT_TRUE(run.finished) << run.err;
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(load(folder.path("out.png")).size(), QSize(64, 64));
+         "(" + missing + ";;)\n  a         " + missing +
+             "\n  modifier  loadImg: (no modifier named: one operand is a file) -> "
+             "DefaultModifier, loads the file '" +
+             missing + "'\n",
+         "vort compose: " + cannotLoad},
+        refused({star}, 2, either),
+        refused({"--explain", star, "-o", "x.png"}, 2, either),
+        refused({"-o"}, 2, "-o needs a file name"),
+        refused({"a", "b", "-o", "x.png"}, 2, "one key, please"),
+    });
 }

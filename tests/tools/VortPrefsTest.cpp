@@ -6,117 +6,73 @@
 #include <string>
 #include <vector>
 
-using vort_test::runVort;
-using vort_test::ScratchFolder;
-using vort_test::VortRun;
+using vort_test::VortCase;
 
-namespace {
-
-const std::string kHeader = "#\n#Nexlark Preference File\n#\n\n\n";
-
-VortRun prefs(ScratchFolder const &folder, std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "prefs");
-    arguments.push_back("--dir");
-    arguments.push_back(folder.path("p"));
-    arguments.push_back("--release=T1");
-    return runVort(arguments);
-}
-
-}  // namespace
-
-TEST(VortPrefs, SetsGetsShowsAndUnsetsThroughTheFile) {
-    ScratchFolder folder;
-    VortRun run = prefs(folder, {"path"});
-    ASSERT_TRUE(run.finished);
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, folder.path("p") + "/nexlark.prf\n");
-
-    run = prefs(folder, {"set", "Editor", "font", "Courier New"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    run = prefs(folder, {"set", "Editor", "size", "12"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
+// The cases run in order on one folder, each seeing the file that the ones before it left.
+TEST(VortPrefs, KeepsTheFileAsAHostWouldAndRefusesWhatItCantCarry) {
+    vort_test::ScratchFolder folder;
+    const std::string dir = folder.path("p");
+    const auto prefs = [&](std::vector<std::string> arguments, int code, std::string const &out,
+                           std::string const &err = "") {
+        arguments.insert(arguments.begin(), "prefs");
+        arguments.insert(arguments.end(), {"--dir", dir, "--release=T1"});
+        return VortCase{arguments, code, out, err};
+    };
+    const std::string header = "#\n#Nexlark Preference File\n#\n\n\n";
+    const std::string both =
+        "[Editor]\nfont=Courier New\nsize=12\n\n[General]\nTessarRelease=T1\n\n";
+    std::vector<VortCase> cases = {
+        prefs({"path"}, 0, dir + "/nexlark.prf\n"),
+        prefs({"show"}, 1, "", "vort prefs: no preference file at '" + dir + "/nexlark.prf'\n"),
+        prefs({"set", "Editor", "font", "Courier New"}, 0, ""),
+        prefs({"set", "Editor", "size", "12"}, 0, ""),
+        prefs({"get", "Editor", "font"}, 0, "Courier New\n"),
+        prefs({"show"}, 0, both),
+        prefs({"unset", "Editor", "font"}, 0, ""),
+        prefs({"unset", "Editor", "font"}, 1, "", "vort prefs: no value for 'font' in [Editor]\n"),
+        prefs({"get", "Editor", "font"}, 1, "", "vort prefs: "),
+        {{"prefs", "path", "--dir"}, 2, "", "vort prefs: "},
+    };
+    for (std::vector<std::string> const &misuse :
+         std::vector<std::vector<std::string>>{{},
+                                               {"list"},
+                                               {"get", "A"},
+                                               {"set", "A", "k"},
+                                               {"path", "extra"},
+                                               {"set", "A", "k=1", "v"},
+                                               {"set", "A]", "k", "v"},
+                                               {"set", "", "k", "v"},
+                                               {"set", "A", "#k", "v"},
+                                               {"set", "A", " k", "v"},
+                                               {"set", "A", "k", ""},
+                                               {"set", "A", "k", " v"},
+                                               {"set", "A", "k", "two\nlines"},
+                                               {"show", "--colour"}}) {
+        cases.push_back(prefs(misuse, 2, "", "vort prefs: "));
+    }
+    vort_test::expectRuns(cases);
     EXPECT_EQ(folder.read("p/nexlark.prf"),
-              kHeader + "[Editor]\nfont=Courier New\nsize=12\n\n[General]\nTessarRelease=T1\n\n");
+              header + "[Editor]\nsize=12\n\n[General]\nTessarRelease=T1\n\n");
 
-    run = prefs(folder, {"get", "Editor", "font"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, "Courier New\n");
-
-    run = prefs(folder, {"show"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, "[Editor]\nfont=Courier New\nsize=12\n\n[General]\nTessarRelease=T1\n\n");
-
-    run = prefs(folder, {"unset", "Editor", "font"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    run = prefs(folder, {"unset", "Editor", "font"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.err, "vort prefs: no value for 'font' in [Editor]\n");
-    run = prefs(folder, {"get", "Editor", "font"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(folder.read("p/nexlark.prf"),
-              kHeader + "[Editor]\nsize=12\n\n[General]\nTessarRelease=T1\n\n");
-}
-
-TEST(VortPrefs, MigratesAFileOfAnotherReleaseAsAHostWould) {
-    ScratchFolder folder;
-    VortRun run = prefs(folder, {"show"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.err,
-              "vort prefs: no preference file at '" + folder.path("p") + "/nexlark.prf'\n");
-
+    // A file of another release migrates on its first read.
     folder.write("p/nexlark.prf",
                  "[General]\nTessarRelease=1998c\n[SyntaxHighlighting]\nkeyword=1 0 0.5\n"
                  "[Nexlark Tree Browser]\nTBTreeClassRecord_A=1\nwidth=300\n");
-    run = prefs(folder, {"get", "SyntaxHighlighting", "keyword"});
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out, "255 0 128\n");
+    vort_test::expectRuns({prefs({"get", "SyntaxHighlighting", "keyword"}, 0, "255 0 128\n")});
     EXPECT_EQ(folder.read("p/nexlark.prf"),
-              kHeader +
+              header +
                   "[General]\nTessarRelease=T1\n\n[Nexlark Tree Browser]\nwidth=300\n\n"
                   "[SyntaxHighlighting]\nkeyword=255 0 128\n\n");
-}
 
-TEST(VortPrefs, RefusesWhatTheFileCantCarryAndMalformedCalls) {
-    ScratchFolder folder;
-    const std::vector<std::vector<std::string>> calls = {
-        {},
-        {"list"},
-        {"get", "A"},
-        {"set", "A", "k"},
-        {"path", "extra"},
-        {"set", "A", "k=1", "v"},
-        {"set", "A]", "k", "v"},
-        {"set", "", "k", "v"},
-        {"set", "A", "#k", "v"},
-        {"set", "A", " k", "v"},
-        {"set", "A", "k", ""},
-        {"set", "A", "k", " v"},
-        {"set", "A", "k", "two\nlines"},
-        {"show", "--colour"},
-    };
-    for (auto const &call : calls) {
-        const VortRun run = prefs(folder, call);
-        ASSERT_TRUE(run.finished);
-        EXPECT_EQ(run.exitCode, 2) << (call.empty() ? "" : call[0]) << run.err;
-    }
-    const VortRun run = runVort({"prefs", "path", "--dir"});
-    EXPECT_EQ(run.exitCode, 2);
-}
-
-TEST(VortPrefs, NeitherOverwritesAnUnreadableFileNorWritesWhereItCant) {
-    ScratchFolder folder;
-    // A preference "file" that is a directory can't be read as one: it is left alone.
+    // Neither a "file" that is a directory, left alone, nor a folder under a plain file is written.
+    std::filesystem::remove(folder.path("p/nexlark.prf"));
     std::filesystem::create_directories(folder.path("p/nexlark.prf"));
     folder.write("p/nexlark.prf/inside", "x");
-    VortRun run = prefs(folder, {"set", "A", "k", "v"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.err.find("vort prefs: cannot write '"), std::string::npos) << run.err;
-    EXPECT_EQ(folder.read("p/nexlark.prf/inside"), "x");
-
-    // A directory under a plain file can't be made.
     folder.write("plain", "x");
-    run = runVort({"prefs", "set", "A", "k", "v", "--dir", folder.path("plain") + "/sub"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.err.find("vort prefs: "), std::string::npos);
+    vort_test::expectRuns({prefs({"set", "A", "k", "v"}, 1, "", "vort prefs: cannot write '"),
+                           {{"prefs", "set", "A", "k", "v", "--dir", folder.path("plain") + "/sub"},
+                            1,
+                            "",
+                            "vort prefs: "}});
+    EXPECT_EQ(folder.read("p/nexlark.prf/inside"), "x");
 }

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <gtest/gtest.h>
+
 namespace vort_test {
 
 VortRun runVort(std::vector<std::string> const &arguments, std::string const &input) {
@@ -34,6 +36,25 @@ VortRun runVort(std::vector<std::string> const &arguments, std::string const &in
         process.waitForFinished(5000);
     }
     return run;
+}
+
+void expectRuns(std::vector<VortCase> const &cases) {
+    for (VortCase const &expected : cases) {
+        std::string call = "vort";
+        for (std::string const &argument : expected.arguments) {
+            call += " " + argument;
+        }
+        SCOPED_TRACE(call);
+        const VortRun run = runVort(expected.arguments, expected.input);
+        ASSERT_TRUE(run.finished) << run.err;
+        EXPECT_EQ(run.exitCode, expected.exitCode) << run.err;
+        EXPECT_EQ(run.out, expected.out);
+        if (!expected.err.empty() && expected.err.back() == '\n') {
+            EXPECT_EQ(run.err, expected.err);
+        } else {
+            EXPECT_NE(run.err.find(expected.err), std::string::npos) << run.err;
+        }
+    }
 }
 
 struct ScratchFolder::Private {

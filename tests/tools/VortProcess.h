@@ -17,6 +17,20 @@ struct VortRun {
 
 VortRun runVort(std::vector<std::string> const &arguments, std::string const &input = {});
 
+// One run of the tool and what it must give: the exit code and standard output exactly, and a
+// standard error that is `err` exactly when `err` ends a line, and that contains it otherwise
+// (Qt may warn there about the platform).
+struct VortCase {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string out;
+    std::string err;
+    std::string input = {};
+};
+
+// Runs each case in turn, naming the arguments of any that disagrees.
+void expectRuns(std::vector<VortCase> const &cases);
+
 // A fresh empty folder for the test's files, removed with the object.
 class ScratchFolder {
 public:

@@ -34,9 +34,7 @@ TEST(Color, ComponentsRoundHalfUpAndClamp) {
 }
 
 TEST(Color, DefaultIsNearlyTransparentBlackAndWordsCompareRedFirst) {
-    EXPECT_EQ(Color().getAsRgba(), 0x00000001u);
-    EXPECT_EQ(Color().alpha(), 1);
-    EXPECT_EQ(Color().red(), 0);
+    EXPECT_TRUE(Color().getAsRgba() == 0x00000001u && Color().alpha() == 1 && Color().red() == 0);
     Color color;
     color.setRGBAFromPackedValue(0x11223344u);
     EXPECT_EQ(color.red() * 1000000 + color.green() * 10000 + color.blue() * 100 + color.alpha(),
@@ -68,13 +66,12 @@ TEST(Color, StreamsCarryFourDoublesWithAnySeparator) {
 }
 
 TEST(ColorType, ComparesByTheAlphaFlag) {
-    EXPECT_TRUE(ColorType::Create(false) < ColorType::Create(true));
-    EXPECT_FALSE(ColorType::Create(true) < ColorType::Create(false));
-    EXPECT_FALSE(ColorType::Create(true) < ColorType::Create(true));
-    EXPECT_TRUE(ColorType::Create(false) == ColorType::Create(false));
-    EXPECT_FALSE(ColorType::Create(true) == ColorType::Create(false));
+    EXPECT_TRUE(ColorType::Create(false) < ColorType::Create(true) &&
+                ColorType::Create(false) == ColorType::Create(false));
+    EXPECT_FALSE(ColorType::Create(true) < ColorType::Create(false) ||
+                 ColorType::Create(true) < ColorType::Create(true) ||
+                 ColorType::Create(true) == ColorType::Create(false));
     // The flag survives the clone that a copy makes.
     const VORT::TypeInfo copy(ColorType::Create(false));
-    EXPECT_FALSE(ColorType::UsesAlpha(copy));
-    EXPECT_TRUE(ColorType::UsesAlpha(ColorType::Create(true)));
+    EXPECT_TRUE(!ColorType::UsesAlpha(copy) && ColorType::UsesAlpha(ColorType::Create(true)));
 }

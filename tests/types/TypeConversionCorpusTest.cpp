@@ -1,5 +1,5 @@
-// Replays every input kept under fuzz/corpus/type_conversion_fuzzer through the fuzz target's
-// own checks, so that a crash found once stays fixed.
+// Replays every input kept under fuzz/corpus/<fuzzer> through that fuzz target's own checks, so
+// that a crash found once stays fixed.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -9,10 +9,13 @@
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+extern "C" int GradientTextFuzzerTestOneInput(const uint8_t *data, size_t size);
 
-TEST(TypeConversionFuzzer, ReplaysTheKeptCorpus) {
+namespace {
+
+void replay(const char *fuzzer, int (*testOneInput)(const uint8_t *, size_t)) {
     namespace fs = std::filesystem;
-    const fs::path folder = fs::path(VORT_FUZZ_CORPUS_DIR) / "type_conversion_fuzzer";
+    const fs::path folder = fs::path(VORT_FUZZ_CORPUS_DIR) / fuzzer;
     ASSERT_TRUE(fs::is_directory(folder)) << folder;
     int replayed = 0;
     for (fs::directory_entry const &entry : fs::directory_iterator(folder)) {
@@ -23,10 +26,18 @@ TEST(TypeConversionFuzzer, ReplaysTheKeptCorpus) {
         const std::string bytes((std::istreambuf_iterator<char>(file)),
                                 std::istreambuf_iterator<char>());
         SCOPED_TRACE(entry.path().filename().string());
-        EXPECT_EQ(
-            LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size()),
-            0);
+        EXPECT_EQ(testOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size()), 0);
         ++replayed;
     }
     EXPECT_GT(replayed, 0);
+}
+
+}  // namespace
+
+TEST(TypeConversionFuzzer, ReplaysTheKeptCorpus) {
+    replay("type_conversion_fuzzer", &LLVMFuzzerTestOneInput);
+}
+
+TEST(GradientTextFuzzer, ReplaysTheKeptCorpus) {
+    replay("gradient_text_fuzzer", &GradientTextFuzzerTestOneInput);
 }

@@ -1,7 +1,7 @@
 // The text and byte forms of the whole type family, in tables: each value with the exact text and
-// bytes it gives, the lenient readings and the refusals that the design spells out, the defaults
-// and the writers' refusal of other classes. The fuzz corpus, replayed with the tests, holds many
-// more texts, each checked against what a default text stream reads.
+// bytes it gives, the defaults and the writers' refusal of other classes. The lenient readings and
+// the refusals, each message worded exactly, are the fuzz corpus's, replayed with the tests and
+// checked against what a default text stream reads.
 #include "TypeTesting.h"
 #include "support/Latch.h"
 #include <vort/types/BoolType.h>
@@ -68,6 +68,7 @@ TEST(TypeForms, EachValueGivesItsTextAndBytesAndReadsBack) {
         // `toBase64`'s whole string, NUL included; that NUL doesn't read back.
         {ByteArrayType::Create(), any(ByteArray("Man", 3u)), std::string("TWFu\0", 5), "4D 61 6E",
          false},
+        {ByteArrayType::Create(), any(ByteArray()), std::string(1, '\0'), "", false},
         {MD5HashType::Create(), any(MD5Hash(0x01ABCDEF, 0, 0xFFFFFFFF, 0x80000000)),
          "01ABCDEF00000000FFFFFFFF80000000", "EF CD AB 01 00 00 00 00 FF FF FF FF 00 00 00 80"},
         {ColorType::Create(true), any(Color(1.0, 0.0, 0.0, 1.0)), "[ 1, 0, 0, 1 ]", "FF 00 00 FF",
@@ -112,67 +113,6 @@ TEST(TypeForms, EachValueGivesItsTextAndBytesAndReadsBack) {
     }
 }
 
-TEST(TypeForms, LenientReadersTakeWhatAStreamTakes) {
-    struct Row {
-        TypeInfo type;
-        std::string text;
-        any value;
-    };
-    const Row rows[] = {
-        {IntType::Create(), "  42abc", any(42)},
-        {IntType::Create(), "0x1F", any(0)},
-        {DoubleType::Create(), "1e-400", any(0.0)},
-        {DoubleType::Create(), "1.23457e+06", any(1234570.0)},
-        {ByteArrayType::Create(), " TWFu second", any(ByteArray("Man", 3u))},
-        {MD5HashType::Create(), "12", any(MD5Hash(0x12222222, 0x22222222, 0x22222222, 0x22222222))},
-        {IPointType::Create(), "3;4", any(VTPoint<int>(3, 4))},
-        {IPointType::Create(), "3 45", any(VTPoint<int>(3, 5))},
-        {DRectType::Create(), "1 ,2 ,3 ,4e0 !", any(VTRect<double>(1, 2, 3, 4))},
-        {TransformType::Create(), "1;0;5 ,0|1 x 6,0,0,1 and more",
-         any(Transform(1, 0, 5, 0, 1, 6, 0, 0, 1))},
-        {PathType::Create(), "1,2;", any(pathOf({{1, 2}}))},
-        {PathType::Create(), "1,2;\xFF rest", any(pathOf({{1, 2}}))},
-    };
-    for (Row const &row : rows) {
-        const vort_test::ReadResult read = readText(row.type, row.text);
-        EXPECT_EQ(read.message, "") << row.text;
-        EXPECT_TRUE(!read.value.empty() && read.value == row.value) << row.text;
-    }
-}
-
-TEST(TypeForms, ReadersRefuseWithTheirOwnMessage) {
-    struct Row {
-        TypeInfo type;
-        std::string text;
-        const char *suffix;
-        const char *source;
-    };
-    const Row rows[] = {
-        {BoolType::Create(), "True", "' to bool", "BoolType"},
-        {IntType::Create(), "2147483648", "' to int", "IntType"},
-        {FloatType::Create(), "1e39", "' to float", "FloatType"},
-        {DoubleType::Create(), "1e+", "' to double", "DoubleType"},
-        {ByteArrayType::Create(), "", "' to ByteArray", "ByteArrayType"},
-        {MD5HashType::Create(), "0123456789abcdef0123456789ABCDEF", "' to MD5Hash", "MD5Hash"},
-        {ColorType::Create(true), "[ 1, 0, 0, 1 ]", "' to color", "ColorType"},
-        {IPointType::Create(), "3 4", "' to IPoint", "PointType"},
-        {DPointType::Create(), "nan,0", "' to DPoint", "PointType"},
-        {IRectType::Create(), "1,2,3", "' to IRect", "PointType"},
-        {DRectType::Create(), "1,2,3,1e400", "' to DRect", "PointType"},
-        {TransformType::Create(), "1,0,0,0,1,0,0,0", "' to transform", "TransformType"},
-        {PathType::Create(), "1,2", "' to path", "PathType"},
-        {PathType::Create(), "1,2; ", "' to path", "PathType"},
-    };
-    for (Row const &row : rows) {
-        ErrorHolder error;
-        EXPECT_TRUE(row.type.convertFromString(row.text, error).empty()) << row.text;
-        ASSERT_TRUE(error.hasError()) << row.text;
-        EXPECT_EQ(error.what(), "Can't convert string '" + row.text + row.suffix);
-        EXPECT_EQ(error.id(), "Nexlark::GenericError");
-        EXPECT_EQ(error.description()->where().file(), std::string(".\\types\\") + row.source);
-    }
-}
-
 TEST(TypeForms, WritersRefuseAnotherClassAndDefaultsAreTheFamilys) {
     struct Row {
         TypeInfo type;
@@ -210,20 +150,6 @@ TEST(TypeForms, WritersRefuseAnotherClassAndDefaultsAreTheFamilys) {
     EXPECT_FALSE(FloatType::Create().isValid(floatDefault));
     EXPECT_THROW(FloatType::Create().convertToString(floatDefault), bad_any_cast);
     EXPECT_EQ(DoubleType::Create().convertToString(floatDefault), "0");
-}
-
-TEST(TypeForms, ByteArrayTextCarriesTheNulOfItsBase64String) {
-    const TypeInfo type = ByteArrayType::Create();
-    for (std::string const bytes : {"", "M", "Ma", "any carnal pleasure."}) {
-        const ByteArray value(bytes.data(), static_cast<unsigned int>(bytes.size()));
-        const std::string text = type.convertToString(any(value));
-        EXPECT_EQ(text, value.toBase64());
-        ASSERT_EQ(text.back(), '\0');
-        // Without its NUL the text reads back, but for the empty array's, which has no word.
-        const vort_test::ReadResult read = readText(type, text.c_str());
-        EXPECT_EQ(read.value.empty(), bytes.empty()) << bytes;
-        EXPECT_TRUE(bytes.empty() || read.value == any(value)) << bytes;
-    }
 }
 
 TEST(TypeFormsConcurrency, OneSharedTypeConvertsOnManyThreads) {

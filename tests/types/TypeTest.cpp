@@ -17,85 +17,61 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 #include <vector>
 
-using VORT::any;
-using VORT::BoolType;
-using VORT::ByteArray;
-using VORT::ErrorHolder;
-using VORT::TypeInfo;
+using namespace VORT;
 using vort_test::ProbeType;
 
-TEST(TypeInfo, CopyClonesAndNeverShares) {
+TEST(TypeInfo, CopiesCloneMovesHandOverAndSelfAssignmentEmpties) {
     const int liveBefore = ProbeType::live;
     {
         const TypeInfo original = ProbeType::Create(7);
         const int clonesBefore = ProbeType::clones;
-
         const TypeInfo copy(original);
-        EXPECT_EQ(ProbeType::clones, clonesBefore + 1);
-        EXPECT_NE(ProbeType::objectOf(copy), ProbeType::objectOf(original));
-        EXPECT_EQ(ProbeType::parameterOf(copy), 7);
-
         TypeInfo assigned = ProbeType::Create(1);
         assigned = original;
-        EXPECT_EQ(ProbeType::clones, clonesBefore + 2);
-        EXPECT_NE(ProbeType::objectOf(assigned), ProbeType::objectOf(original));
-        EXPECT_EQ(ProbeType::parameterOf(assigned), 7);
-
+        EXPECT_EQ(std::make_tuple(ProbeType::clones - clonesBefore, ProbeType::parameterOf(copy),
+                                  ProbeType::parameterOf(assigned)),
+                  std::make_tuple(2, 7, 7));
+        EXPECT_TRUE(ProbeType::objectOf(copy) != ProbeType::objectOf(original) &&
+                    ProbeType::objectOf(assigned) != ProbeType::objectOf(original));
         // Assigning an empty handle deletes the held type and leaves the target empty.
         assigned = TypeInfo();
         EXPECT_EQ(ProbeType::objectOf(assigned), nullptr);
         EXPECT_EQ(ProbeType::live, liveBefore + 2);
     }
     EXPECT_EQ(ProbeType::live, liveBefore);
-}
 
-TEST(TypeInfo, MoveHandsTheTypeOverWithoutCloning) {
     TypeInfo source = ProbeType::Create(3);
     VORT::Type const *object = ProbeType::objectOf(source);
     const int clonesBefore = ProbeType::clones;
-
     TypeInfo moved(std::move(source));
-    EXPECT_EQ(ProbeType::objectOf(moved), object);
-    EXPECT_EQ(ProbeType::objectOf(source), nullptr);
-
+    EXPECT_EQ(std::make_pair(ProbeType::objectOf(moved), ProbeType::objectOf(source)),
+              std::make_pair(object, static_cast<VORT::Type const *>(nullptr)));
     TypeInfo target = BoolType::Create();
     target = std::move(moved);
-    EXPECT_EQ(ProbeType::objectOf(target), object);
-    EXPECT_EQ(ProbeType::objectOf(moved), nullptr);
+    EXPECT_EQ(std::make_pair(ProbeType::objectOf(target), ProbeType::objectOf(moved)),
+              std::make_pair(object, static_cast<VORT::Type const *>(nullptr)));
     EXPECT_EQ(ProbeType::clones, clonesBefore);
-}
 
-TEST(TypeInfo, SelfAssignmentLeavesAnEmptyHandle) {
     // A caller fault by design (delete, then clone): it must not read the freed type.
-    const int liveBefore = ProbeType::live;
-    TypeInfo info = ProbeType::Create(5);
-    TypeInfo &alias = info;
-    info = alias;
-    EXPECT_EQ(ProbeType::objectOf(info), nullptr);
+    TypeInfo &alias = target;
+    target = alias;
+    EXPECT_EQ(ProbeType::objectOf(target), nullptr);
     EXPECT_EQ(ProbeType::live, liveBefore);
 }
 
 TEST(TypeInfo, IsTellsTheFamilyMembersApart) {
     using namespace VORT;
+    const TypeInfo strings = SpecificVectorType<std::string>::Create(StringType::Create());
     const std::vector<TypeInfo> types = {
-        BoolType::Create(),
-        ByteArrayType::Create(),
-        MD5HashType::Create(),
-        IntType::Create(),
-        FloatType::Create(),
-        DoubleType::Create(),
-        StringType::Create(),
-        ColorType::Create(false),
-        IPointType::Create(),
-        DPointType::Create(),
-        IRectType::Create(),
-        DRectType::Create(),
-        PathType::Create(),
-        TransformType::Create(),
-        SpecificVectorType<std::string>::Create(StringType::Create())};
+        BoolType::Create(),   ByteArrayType::Create(),  MD5HashType::Create(),
+        IntType::Create(),    FloatType::Create(),      DoubleType::Create(),
+        StringType::Create(), ColorType::Create(false), IPointType::Create(),
+        DPointType::Create(), IRectType::Create(),      DRectType::Create(),
+        PathType::Create(),   TransformType::Create(),  strings};
     const std::vector<bool (*)(TypeInfo const &)> tests = {
         &BoolType::Is,   &ByteArrayType::Is, &MD5HashType::Is, &IntType::Is,       &FloatType::Is,
         &DoubleType::Is, &StringType::Is,    &ColorType::Is,   &IPointType::Is,    &DPointType::Is,
@@ -117,20 +93,17 @@ TEST(TypeInfo, IsTellsTheFamilyMembersApart) {
     EXPECT_FALSE(BoolType::Is(static_cast<Type *>(nullptr)));
 }
 
-TEST(TypeInfo, EqualityComparesKindsNotObjects) {
-    EXPECT_TRUE(BoolType::Create() == BoolType::Create());
-    EXPECT_FALSE(BoolType::Create() == VORT::ByteArrayType::Create());
-    EXPECT_FALSE(VORT::MD5HashType::Create() == VORT::ByteArrayType::Create());
+TEST(TypeInfo, EqualityComparesKindsAndOrderingIsStrictAndTotal) {
+    // Same class: the verdict is the class's own, on its parameters. Different classes are never
+    // equal, whatever the parameters say.
+    EXPECT_TRUE(BoolType::Create() == BoolType::Create() &&
+                ProbeType::Create(4) == ProbeType::Create(4));
+    EXPECT_FALSE(BoolType::Create() == VORT::ByteArrayType::Create() ||
+                 VORT::MD5HashType::Create() == VORT::ByteArrayType::Create() ||
+                 ProbeType::Create(4) == ProbeType::Create(5) ||
+                 BoolType::Create() == ProbeType::Create(0) ||
+                 ProbeType::Create(0) == BoolType::Create());
 
-    // Same class: the verdict is the class's own, on its parameters.
-    EXPECT_TRUE(ProbeType::Create(4) == ProbeType::Create(4));
-    EXPECT_FALSE(ProbeType::Create(4) == ProbeType::Create(5));
-    // Different classes are never equal, whatever the parameters say.
-    EXPECT_FALSE(BoolType::Create() == ProbeType::Create(0));
-    EXPECT_FALSE(ProbeType::Create(0) == BoolType::Create());
-}
-
-TEST(TypeInfo, OrderingIsStrictAndTotal) {
     const std::vector<TypeInfo> kinds = {BoolType::Create(), VORT::ByteArrayType::Create(),
                                          VORT::MD5HashType::Create(), ProbeType::Create(0)};
     for (size_t a = 0; a < kinds.size(); ++a) {
@@ -150,8 +123,8 @@ TEST(TypeInfo, OrderingIsStrictAndTotal) {
 
     // Within one class the parameters decide.
     EXPECT_TRUE(ProbeType::Create(1) < ProbeType::Create(2));
-    EXPECT_FALSE(ProbeType::Create(2) < ProbeType::Create(1));
-    EXPECT_FALSE(ProbeType::Create(2) < ProbeType::Create(2));
+    EXPECT_FALSE(ProbeType::Create(2) < ProbeType::Create(1) ||
+                 ProbeType::Create(2) < ProbeType::Create(2));
     // The class order comes before the parameters: every probe sits on the same side of a bool.
     const bool probeFirst = ProbeType::Create(0) < BoolType::Create();
     EXPECT_EQ(ProbeType::Create(-100) < BoolType::Create(), probeFirst);
@@ -162,17 +135,12 @@ TEST(Type, BaseBodiesReadNothingAndRefuseText) {
     const TypeInfo probe = ProbeType::Create(9);
     ErrorHolder error;
 
-    const any fromBytes = probe.convertFromByteArray(ByteArray("\x01\x02", 2u), error);
-    EXPECT_TRUE(fromBytes.empty());
-    EXPECT_FALSE(error.hasError());
-    EXPECT_TRUE(probe.convertToByteArray(any(9)).isEmpty());
-    EXPECT_FALSE(probe.isValid(any(9)));
-
-    const any fromText = probe.convertFromString("nine", error);
-    EXPECT_TRUE(fromText.empty());
-    EXPECT_EQ(error.what(), "Can't convert string");
-    EXPECT_EQ(error.id(), "Nexlark::GenericError");
-    EXPECT_EQ(error.description()->where().file(), ".\\types\\Type");
+    EXPECT_TRUE(probe.convertFromByteArray(ByteArray("\x01\x02", 2u), error).empty() &&
+                probe.convertToByteArray(any(9)).isEmpty());
+    EXPECT_FALSE(error.hasError() || probe.isValid(any(9)));
+    EXPECT_TRUE(probe.convertFromString("nine", error).empty());
+    EXPECT_EQ(std::make_tuple(error.what(), error.id(), error.description()->where().file()),
+              std::make_tuple("Can't convert string", "Nexlark::GenericError", ".\\types\\Type"));
 
     // Forwarding reaches the class's own operations.
     EXPECT_EQ(VORT::any_cast<int>(probe.convertFromString("ok", error)), 9);
@@ -183,18 +151,16 @@ TEST(Type, BaseBodiesReadNothingAndRefuseText) {
 TEST(TypeInfo, HolderlessReadersAssertOnFailure) {
     vort_test::PlatformCapture platform;
     const TypeInfo boolType = BoolType::Create();
-    EXPECT_TRUE(VORT::any_cast<bool>(boolType.convertFromString("true")));
-    EXPECT_FALSE(VORT::any_cast<bool>(boolType.convertFromByteArray(ByteArray(1u, '\0'))));
+    EXPECT_TRUE(VORT::any_cast<bool>(boolType.convertFromString("true")) &&
+                !VORT::any_cast<bool>(boolType.convertFromByteArray(ByteArray(1u, '\0'))));
     EXPECT_TRUE(platform.assertions().empty());
-
-    EXPECT_TRUE(boolType.convertFromString("yes").empty());
-    EXPECT_TRUE(ProbeType::Create(0, true).convertFromByteArray(ByteArray(4u, '\0')).empty());
+    EXPECT_TRUE(boolType.convertFromString("yes").empty() &&
+                ProbeType::Create(0, true).convertFromByteArray(ByteArray(4u, '\0')).empty());
     const auto reports = platform.assertions();
     ASSERT_EQ(reports.size(), 2u);
     for (vort_test::AssertionReport const &report : reports) {
-        EXPECT_EQ(report.expression, ": !error.hasError(),");
-        EXPECT_EQ(report.file, ".\\types\\Type");
-        EXPECT_FALSE(report.hasMessage);
+        EXPECT_EQ(std::make_tuple(report.expression, report.file, report.hasMessage),
+                  std::make_tuple(": !error.hasError(),", ".\\types\\Type", false));
     }
     EXPECT_NE(reports[1].line, reports[0].line);
 }

@@ -37,10 +37,6 @@ TEST(VectorType, EscapesBackslashesAndSeparatorsOnly) {
         EXPECT_EQ(read.message, "");
         EXPECT_EQ(any_cast<Strings>(read.value), row.readBack);
     }
-    for (std::string const text : {"a\\b", "ok;ends\\"}) {
-        EXPECT_EQ(vort_test::readText(stringVector(), text).message,
-                  "Can't convert string '" + text + "' to Vector");
-    }
 }
 
 TEST(VectorType, ElementsGoThroughTheElementTypeAndBytesNowhere) {
@@ -67,14 +63,13 @@ TEST(VectorType, ElementsGoThroughTheElementTypeAndBytesNowhere) {
 
 TEST(VectorType, ComparesByElementTypeAndAcceptsOnlyItsVectors) {
     const TypeInfo overInts = SpecificVectorType<std::string>::Create(IntType::Create());
-    EXPECT_TRUE(stringVector() == stringVector());
-    EXPECT_FALSE(stringVector() < stringVector());
-    EXPECT_FALSE(stringVector() == overInts);
+    EXPECT_TRUE(stringVector() == stringVector() && !(stringVector() < stringVector()) &&
+                !(stringVector() == overInts));
     EXPECT_EQ(stringVector() < overInts, StringType::Create() < IntType::Create());
     EXPECT_NE(stringVector() < overInts, overInts < stringVector());
-    EXPECT_TRUE(VectorType::Is(SpecificVectorType<int>::Create(IntType::Create())));
-    EXPECT_FALSE(VectorType::Is(StringType::Create()));
-    EXPECT_TRUE(any_cast<Strings>(stringVector().defaultConstruct()).empty());
-    EXPECT_TRUE(stringVector().isValid(any(Strings())));
-    EXPECT_FALSE(stringVector().isValid(any(std::vector<int>())));
+    EXPECT_TRUE(VectorType::Is(SpecificVectorType<int>::Create(IntType::Create())) &&
+                !VectorType::Is(StringType::Create()));
+    EXPECT_TRUE(any_cast<Strings>(stringVector().defaultConstruct()).empty() &&
+                stringVector().isValid(any(Strings())) &&
+                !stringVector().isValid(any(std::vector<int>())));
 }
