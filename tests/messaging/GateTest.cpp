@@ -68,42 +68,32 @@ TEST(Gate, PassesLetThatManyThroughAndATimedWaitOnAClosedGateRunsOut) {
     EXPECT_TRUE(counted.wait(10));
 }
 
-TEST(GateConcurrency, OpenWithCountWakesPresentWaiterAndKeepsTheRest) {
+TEST(GateConcurrency, WakesAndOpeningsReleaseBlockedWaiters) {
     Gate gate;
-    Waiter waiter(gate);
-    ASSERT_TRUE(blockedInGate(gate, 1));
-    gate.open(3);
-    ASSERT_TRUE(waiter.passedWithin(10s));
-    // The woken waiter took a pass of its own: of three, one was handed to it, and it took
-    // another on its way out, leaving one for later arrivals.
-    EXPECT_FALSE(gate.wait(10));
-    EXPECT_TRUE(gate.wait(10));
-}
-
-TEST(GateConcurrency, WakeOneReleasesOneWaiterAndLeavesGateClosed) {
-    Gate gate;
-    Waiter first(gate);
-    ASSERT_TRUE(blockedInGate(gate, 1));
-    gate.wakeOne();
-    ASSERT_TRUE(first.passedWithin(10s));
-    EXPECT_TRUE(gate.wait(10)) << "a wake-up is not a pass";
-}
-
-TEST(GateConcurrency, WakeAllReleasesEveryBlockedWaiter) {
-    Gate gate;
-    Waiter a(gate);
-    Waiter b(gate);
-    Waiter c(gate);
-    ASSERT_TRUE(blockedInGate(gate, 3));
-    gate.wakeAll();
-    EXPECT_TRUE(a.passedWithin(10s));
-    EXPECT_TRUE(b.passedWithin(10s));
-    EXPECT_TRUE(c.passedWithin(10s));
-    EXPECT_TRUE(gate.wait(10));
-}
-
-TEST(GateConcurrency, CloseKeepsPresentWaitersWaiting) {
-    Gate gate;
+    {
+        // Of three passes, one is handed to the present waiter, which takes another on its way
+        // out, leaving one for later arrivals.
+        Waiter waiter(gate);
+        ASSERT_TRUE(blockedInGate(gate, 1));
+        gate.open(3);
+        ASSERT_TRUE(waiter.passedWithin(10s));
+        EXPECT_FALSE(gate.wait(10));
+        EXPECT_TRUE(gate.wait(10));
+    }
+    {
+        Waiter waiter(gate);
+        ASSERT_TRUE(blockedInGate(gate, 1));
+        gate.wakeOne();
+        ASSERT_TRUE(waiter.passedWithin(10s));
+        EXPECT_TRUE(gate.wait(10)) << "a wake-up is not a pass";
+    }
+    {
+        Waiter a(gate), b(gate), c(gate);
+        ASSERT_TRUE(blockedInGate(gate, 3));
+        gate.wakeAll();
+        EXPECT_TRUE(a.passedWithin(10s) && b.passedWithin(10s) && c.passedWithin(10s));
+        EXPECT_TRUE(gate.wait(10));
+    }
     Waiter waiter(gate);
     ASSERT_TRUE(blockedInGate(gate, 1));
     gate.close();

@@ -422,7 +422,7 @@ private:
         // Exact accounting on a quiet graph: every worker sends a few messages on every
         // emitter, and every listener must get each of them once per connection it has.
         std::vector<EmitterSlot> live = snapshot();
-        for (SoakListener *listener : pointers(mine)) {
+        for (auto &listener : mine) {
             deliveries += listener->delivered;
             listener->delivered = 0;
             // A listener that cuts itself in its handler may get fewer, never more.
@@ -444,7 +444,7 @@ private:
         arrive(PhaseSent, self);
         self->process();
         arrive(PhaseDrained, self);
-        for (SoakListener *listener : pointers(mine)) {
+        for (auto &listener : mine) {
             if (listener->cutInHandler ? listener->delivered > listener->expected
                                        : listener->delivered != listener->expected) {
                 ++accountingErrors;
@@ -482,13 +482,9 @@ private:
                 send(pick(m_churn, random), VTMS::DirectOrQueue, sender);
             }
         }
-        arrive(RaceDone, nullptr);
-        arrive(Drained, nullptr);
-        arrive(Reset, nullptr);
-        arrive(PhaseSent, nullptr);
-        arrive(PhaseDrained, nullptr);
-        arrive(Checked, nullptr);
-        arrive(Ended, nullptr);
+        for (int phase = RaceDone; phase < kPhases; ++phase) {
+            arrive(Phase(phase), nullptr);
+        }
     }
 
     std::vector<EmitterSlot> snapshot() {
@@ -496,14 +492,6 @@ private:
         std::vector<EmitterSlot> all = m_stable;
         all.insert(all.end(), m_churn.begin(), m_churn.end());
         return all;
-    }
-
-    static std::vector<SoakListener *> pointers(std::vector<std::unique_ptr<SoakListener>> &all) {
-        std::vector<SoakListener *> result;
-        for (auto &listener : all) {
-            result.push_back(listener.get());
-        }
-        return result;
     }
 
     std::mutex m_poolLock;

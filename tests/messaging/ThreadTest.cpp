@@ -25,25 +25,21 @@ VTMS::ConnectedPacket packetOf(int value, VTMS::Connection *connection) {
     return VTMS::ConnectedPacket(VTMS::Packet(new VTMS::Payload1<void, int>(value)), connection);
 }
 
-TEST(Thread, CurrentThreadIsOneRecordPerThread) {
-    VTMS::Thread *const here = VTMS::Thread::getCurrentThread();
-    ASSERT_NE(here, nullptr);
-    EXPECT_EQ(VTMS::Thread::getCurrentThread(), here);
-    ServiceThread other;
-    EXPECT_NE(other.record(), nullptr);
-    EXPECT_NE(other.record(), here);
-    VTMS::Thread *seen = nullptr;
-    ASSERT_TRUE(other.call([&seen] { seen = VTMS::Thread::getCurrentThread(); }));
-    EXPECT_EQ(seen, other.record());
-}
-
-TEST(Thread, RegistryFindsTheLatestRegistrationOfEachName) {
+TEST(Thread, OneRecordPerThreadAndTheRegistryFindsEachNamesLatest) {
     EXPECT_EQ(VTMS::Thread::getNamedThread("ThreadTest.never"), nullptr);
     EXPECT_EQ(VTMS::Thread::getNamedThread("ThreadTest.never"), nullptr);
     EXPECT_EQ(VTMS::Thread::getNamedThread("ThreadTest.first"), nullptr);
 
     ServiceThread one;
     ServiceThread two;
+    // One record per thread, the same at every call.
+    VTMS::Thread *const here = VTMS::Thread::getCurrentThread();
+    EXPECT_EQ(VTMS::Thread::getCurrentThread(), here);
+    EXPECT_TRUE(here != nullptr && one.record() != nullptr && one.record() != here &&
+                one.record() != two.record());
+    VTMS::Thread *seen = nullptr;
+    ASSERT_TRUE(one.call([&seen] { seen = VTMS::Thread::getCurrentThread(); }));
+    EXPECT_EQ(seen, one.record());
     ASSERT_TRUE(one.call([] { VTMS::Thread::registerThread("ThreadTest.first", nullptr); }));
     EXPECT_EQ(VTMS::Thread::getNamedThread("ThreadTest.first"), one.record());
     EXPECT_EQ(one.record()->getName(), "ThreadTest.first");

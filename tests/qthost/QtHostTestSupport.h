@@ -13,6 +13,8 @@
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <initializer_list>
 #include <utility>
@@ -29,8 +31,8 @@ public:
     QtHostWarnings &operator=(const QtHostWarnings &) = delete;
 
     QStringList all() const;
-    // True if one warning contains every one of `parts`.
-    bool has(std::initializer_list<const char *> parts) const;
+    // Success if one warning contains every one of `parts`; else a failure that lists them all.
+    ::testing::AssertionResult has(std::initializer_list<const char *> parts) const;
 };
 
 // Runs the calling thread's event loop until `done` or `milliseconds` have passed; true if done.

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <mutex>
 
 namespace vort_test {
@@ -47,17 +48,17 @@ QStringList QtHostWarnings::all() const {
     return *g_warnings;
 }
 
-bool QtHostWarnings::has(std::initializer_list<const char *> parts) const {
-    for (QString const &warning : all()) {
-        bool matches = true;
-        for (const char *part : parts) {
-            matches = matches && warning.contains(QString::fromUtf8(part));
-        }
-        if (matches) {
-            return true;
+::testing::AssertionResult QtHostWarnings::has(std::initializer_list<const char *> parts) const {
+    const QStringList warnings = all();
+    for (QString const &warning : warnings) {
+        if (std::all_of(parts.begin(), parts.end(), [&warning](const char *part) {
+                return warning.contains(QString::fromUtf8(part));
+            })) {
+            return ::testing::AssertionSuccess();
         }
     }
-    return false;
+    return ::testing::AssertionFailure() << "no such warning among:\n"
+                                         << warnings.join(QLatin1Char('\n')).toStdString();
 }
 
 }  // namespace vort_test

@@ -7,43 +7,31 @@
 #include <vort/services/TessarTimerService.h>
 
 #include <map>
+#include <string>
 #include <vector>
 
 namespace vort_test {
 
 class FakeTimerService : public VTServices::TessarTimerService {
 public:
-    enum Kind { Single, Repeating, Stop };
-    struct Event {
-        Kind kind;
-        unsigned int id;
-        int milliseconds;
-        bool operator==(Event const &other) const {
-            return kind == other.kind && id == other.id && milliseconds == other.milliseconds;
-        }
-    };
-
-    std::vector<Event> events;
-    int terminations = 0;
+    // One entry per call: "single 7 250", "repeating 7 40", "stop 7".
+    std::vector<std::string> events;
 
     static unsigned int idOf(VORT::TessarTimer const &timer) { return getTimerID(timer); }
+    static void signalNow(VORT::TessarTimer const &timer) { signal(timer); }
 
     void startSingleTimer(VORT::TessarTimer timer, int milliseconds) override {
-        start(timer, Single, milliseconds);
+        start(timer, "single ", milliseconds);
     }
     void startRepeatingTimer(VORT::TessarTimer timer, int milliseconds) override {
-        start(timer, Repeating, milliseconds);
+        start(timer, "repeating ", milliseconds);
     }
     void stopTimer(VORT::TessarTimer timer) override {
-        events.push_back({Stop, getTimerID(timer), 0});
+        events.push_back("stop " + std::to_string(getTimerID(timer)));
         m_active.erase(getTimerID(timer));
     }
     bool isTimerActive(VORT::TessarTimer timer) override {
         return m_active.count(getTimerID(timer)) != 0;
-    }
-    void terminateService() override {
-        ++terminations;
-        m_active.clear();
     }
 
     // Runs out the active timer `id`: a single timer stops, then the timer is signalled. False if
@@ -53,34 +41,30 @@ public:
         if (found == m_active.end()) {
             return false;
         }
-        const VORT::TessarTimer timer = found->second.timer;
-        if (!found->second.repeating) {
+        const VORT::TessarTimer timer = found->second.first;
+        if (!found->second.second) {
             m_active.erase(found);
         }
         signal(timer);
         return true;
     }
-
-    // Signals any timer, active or not.
-    static void signalNow(VORT::TessarTimer const &timer) { signal(timer); }
-
+    // The timer of the latest start or stop.
+    unsigned int last() const {
+        const std::string &event = events.back();
+        return static_cast<unsigned int>(std::stoul(event.substr(event.find(' ') + 1)));
+    }
     int activeCount() const { return static_cast<int>(m_active.size()); }
 
 private:
-    struct Active {
-        VORT::TessarTimer timer;
-        bool repeating;
-    };
-
-    void start(VORT::TessarTimer const &timer, Kind kind, int milliseconds) {
+    void start(VORT::TessarTimer const &timer, const char *kind, int milliseconds) {
         const unsigned int id = getTimerID(timer);
-        events.push_back({kind, id, milliseconds});
+        events.push_back(kind + std::to_string(id) + " " + std::to_string(milliseconds));
         m_active.erase(id);
-        m_active.emplace(id, Active{timer, kind == Repeating});
+        m_active.emplace(id, std::make_pair(timer, *kind == 'r'));
     }
 
     // Holds a handle on each running timer, as a host's table of native timers does.
-    std::map<unsigned int, Active> m_active;
+    std::map<unsigned int, std::pair<VORT::TessarTimer, bool>> m_active;
 };
 
 }  // namespace vort_test

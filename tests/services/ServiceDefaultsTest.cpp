@@ -21,18 +21,15 @@ using namespace VTServices;
 
 namespace {
 
-// The output functions handed to the print operations; the plain class must never call them.
 int g_printed = 0;
 int countingOutput(const char *) {
     return ++g_printed;
 }
-void ignoreDatum(std::int64_t) {}
 void ignoreFeature(int) {}
-void ignoreWork(void *) {}
 
 }  // namespace
 
-TEST(ServiceKeys, EachServiceIsKeyedByItsClassName) {
+TEST(ServiceDefaults, EachServiceIsKeyedByItsClassName) {
     EXPECT_EQ(VTRCCreator::serviceName() + Translation::serviceName() +
                   EventManagement::serviceName() + EventLoopTickling::serviceName() +
                   ErrorHandling::serviceName() + Printing::serviceName() +
@@ -45,9 +42,8 @@ TEST(ServiceKeys, EachServiceIsKeyedByItsClassName) {
 }
 
 TEST(ServiceDefaults, PlainServicesAnswerNothingAndTouchNothing) {
-    Translation translation;
     const char text[] = "Untitled";
-    EXPECT_EQ(translation.translate(text), text);  // the very pointer it was given
+    EXPECT_EQ(Translation().translate(text), text);  // the very pointer it was given
 
     ApplicationContext context;
     context.registerFeature("Antialiasing", 0, &ignoreFeature);
@@ -58,24 +54,14 @@ TEST(ServiceDefaults, PlainServicesAnswerNothingAndTouchNothing) {
           context.getCharacterEncoding()}) {
         EXPECT_EQ(answer, nullptr);
     }
-
     EventManagement events;
-    EXPECT_EQ(events.getUserEventHandle(&ignoreDatum) + events.getUserEventHandle(), 0);
-    events.doEvent(7, std::int64_t(1) << 40);
-    events.doEvent(7);
-    events.doEvent();
-    events.processPendingEvents();
-    events.addWorkProc(&ignoreWork);
-    EventLoopTickling().tickle();
-
+    EXPECT_EQ(events.getUserEventHandle(nullptr) + events.getUserEventHandle(), 0);
     ErrorHandling errors;
     EXPECT_EQ(errors.setErrorMode(ErrorHandling::VerboseErrorMode), ErrorHandling::ErrorMode(0));
     errors.printMachineConfiguration(&countingOutput);
     errors.printStackTrace(&countingOutput);
     EXPECT_EQ(g_printed, 0);
-}
 
-TEST(ServiceDefaults, PassThroughServicesAnswerZeroOrNull) {
     Printing printing;
     // The plain class only passes the reference through, so it can be made from any storage.
     alignas(16) unsigned char storage[64] = {};
@@ -84,18 +70,15 @@ TEST(ServiceDefaults, PassThroughServicesAnswerZeroOrNull) {
     EXPECT_EQ(printing.LGtoQtPaperOrientation("landscape") + printing.LGtoQtPaperSize("A4"), 0);
     printing.PrintQPicture(picture, "printer", "file", "title", 2, "A4", "portrait", true, false,
                            true, false, true);
-    printing.PrintQPictureWithDialog(picture);
     EXPECT_EQ(std::count(std::begin(storage), std::end(storage), 0), 64);
 
     EXPECT_EQ(VTRCCreator().createVTRC("canvas", "view", true), nullptr);
-    TessarCaller().tessarCallFcn("plot(1:10)");
     TWrapperClassRegistry registry;
     EXPECT_EQ(registry.getTWrapperClassFor(reinterpret_cast<VORT::TWrappedObject *>(&registry)),
               nullptr);
     LumigraphClient client;
     EXPECT_FALSE(client.isValidItem(0) || client.isValidItem(INT64_C(0x7fffffffffffffff)));
     EXPECT_EQ(client.createSceneServer(), nullptr);
-    client.destroySceneServer(nullptr);
     lg::Command *command = reinterpret_cast<lg::Command *>(&client);
     client.disposeCommand(command);
     EXPECT_EQ(command, reinterpret_cast<lg::Command *>(&client)) << "the plain client nulled it";

@@ -14,27 +14,21 @@ using VTServices::VTService;
 
 namespace {
 
-// Answers from a fixed table and records what it was asked.
+// Answers from a fixed table, records what it was asked, and makes ids of its own while it
+// translates, which would deadlock if the repository's lock were held around the call.
 class Recording : public Translation {
 public:
     std::vector<const char *> asked;
     const char *translate(const char *text) override {
         asked.push_back(text);
-        if (std::string(text) == "Untitled") {
-            return "Sans titre";
-        }
-        return text;
+        return std::string(text) == "Untitled" ? "Sans titre"
+                                               : StringID(std::string(text) + "!").c_str();
     }
-};
-
-class TranslatedStringTest : public ::testing::Test {
-protected:
-    void TearDown() override { VTService<Translation>::install(nullptr); }
 };
 
 }  // namespace
 
-TEST_F(TranslatedStringTest, AsksTheServiceEveryTimeWithTheInternedTextButNotForTheEmptyId) {
+TEST(TranslatedString, AsksTheServiceEveryTimeWithTheInternedTextButNotForTheEmptyId) {
     VTService<Translation>::install(nullptr);
     EXPECT_EQ(StringID().getXlateString(), "");  // needs no service
     auto *recording = new Recording;
@@ -43,39 +37,21 @@ TEST_F(TranslatedStringTest, AsksTheServiceEveryTimeWithTheInternedTextButNotFor
     EXPECT_EQ(StringID("").getXlateString(), "");
     EXPECT_EQ(untitled.getXlateString(), "Sans titre");
     EXPECT_EQ(untitled.getXlateString(), "Sans titre");
-    EXPECT_EQ(StringID("Layer").getXlateString(), "Layer");
-    EXPECT_EQ(recording->asked, (std::vector<const char *>{untitled.c_str(), untitled.c_str(),
-                                                           StringID("Layer").c_str()}))
-        << "a translation was cached, or the empty id was asked about";
-    VTService<Translation>::install(new Translation);
-    EXPECT_EQ(StringID("Brush size").getXlateString(), "Brush size");
-}
-
-namespace {
-
-// Makes ids of its own while translating, which would deadlock if the repository's
-// non-recursive lock were held around the call.
-class Interning : public Translation {
-public:
-    const char *translate(const char *text) override {
-        return StringID(std::string(text) + " (translated)").c_str();
-    }
-};
-
-}  // namespace
-
-TEST_F(TranslatedStringTest, ServiceRunsWithoutTheRepositoryLock) {
-    VTService<Translation>::install(new Interning);
-    std::string result;
+    std::string layer;
     vort_test::Latch done(1);
     std::thread worker([&] {
-        result = StringID("Opacity").getXlateString();
+        layer = StringID("Layer").getXlateString();
         done.countDown();
     });
     if (!done.wait()) {
         worker.detach();
-        FAIL() << "getXlateString deadlocked: the service was called under the repository lock";
+        FAIL() << "the service was called under the repository lock";
     }
     worker.join();
-    EXPECT_EQ(result, "Opacity (translated)");
+    EXPECT_EQ(layer, "Layer!");
+    EXPECT_EQ(recording->asked, (std::vector<const char *>{untitled.c_str(), untitled.c_str(),
+                                                           StringID("Layer").c_str()}));
+    VTService<Translation>::install(new Translation);
+    EXPECT_EQ(StringID("Brush size").getXlateString(), "Brush size");
+    VTService<Translation>::install(nullptr);
 }

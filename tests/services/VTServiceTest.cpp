@@ -15,26 +15,29 @@ namespace {
 // Reads the table itself, so that a test can tell an absent key from a key that holds null.
 struct Table : VTServices::VTServiceBase {
     static bool hasKey(std::string const &key) { return g_serviceMap.count(key) != 0; }
-    static VTServiceBase *stored(std::string const &key) {
-        const auto found = g_serviceMap.find(key);
-        return found == g_serviceMap.end() ? nullptr : found->second;
-    }
 };
 
-int g_translationsDestroyed = 0;
+int g_destroyed = 0;
 
-class CountedTranslation : public Translation {
+// Counts its deaths, and sees who is installed while it dies.
+class Counted : public Translation {
 public:
-    explicit CountedTranslation(const char *prefix = "") : m_prefix(prefix) {}
-    ~CountedTranslation() override { ++g_translationsDestroyed; }
-    const char *translate(const char *) override { return m_prefix; }
+    explicit Counted(const char *answer, Translation **seen = nullptr)
+        : m_answer(answer), m_seen(seen) {}
+    ~Counted() override {
+        ++g_destroyed;
+        if (m_seen != nullptr) {
+            *m_seen = VTService<Translation>::get();
+        }
+    }
+    const char *translate(const char *) override { return m_answer; }
 
 private:
-    const char *m_prefix;
+    const char *m_answer;
+    Translation **m_seen;
 };
 
-// Another class that claims the key "Translation", so that the table holds an object under the
-// key that is not a `Translation`.
+// Another class that claims the key "Translation".
 class Impostor : public VTService<Impostor> {
 public:
     static std::string serviceName() { return "Translation"; }
@@ -45,60 +48,37 @@ public:
     static std::string serviceName() { return "NeverInstalled"; }
 };
 
-// Looks itself up while it is being replaced.
-class Inquisitive : public Translation {
-public:
-    explicit Inquisitive(Translation **seen) : m_seen(seen) {}
-    ~Inquisitive() override { *m_seen = VTService<Translation>::get(); }
-
-private:
-    Translation **m_seen;
-};
-
-class VTServiceTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        VTService<Translation>::install(nullptr);
-        VTService<ApplicationContext>::install(nullptr);
-        g_translationsDestroyed = 0;
-    }
-    void TearDown() override {
-        VTService<Translation>::install(nullptr);
-        VTService<ApplicationContext>::install(nullptr);
-    }
-};
-
 }  // namespace
 
-TEST_F(VTServiceTest, InstallingReplacesAndDeletesTheOldObjectOnceAndNullKeepsTheKey) {
+TEST(VTService, InstallReplacesAndDeletesOnceAndNullKeepsTheKey) {
     EXPECT_EQ(VTService<NeverInstalled>::get(), nullptr);
     VTService<NeverInstalled>::install(nullptr);
     EXPECT_FALSE(Table::hasKey("NeverInstalled")) << "a null install on a new key added it";
 
     Translation *seen = nullptr;
-    VTService<Translation>::install(new Inquisitive(&seen));
-    auto *first = new CountedTranslation("first");
+    VTService<Translation>::install(new Counted("zeroth", &seen));
+    auto *first = new Counted("first");
     VTService<Translation>::install(first);
     EXPECT_EQ(seen, first) << "the replaced object doesn't see its successor while it dies";
     auto *context = new ApplicationContext;
     VTService<ApplicationContext>::install(context);
-    auto *second = new CountedTranslation("second");
-    VTService<Translation>::install(second);
-    EXPECT_EQ(g_translationsDestroyed, 1);
+    VTService<Translation>::install(new Counted("second"));
+    EXPECT_EQ(g_destroyed, 2);
     EXPECT_STREQ(VTService<Translation>::get()->translate("x"), "second");
     EXPECT_EQ(VTService<ApplicationContext>::get(), context);  // keys are independent
     VTService<Translation>::install(nullptr);
     VTService<Translation>::install(nullptr);  // finds nothing to delete
-    EXPECT_EQ(g_translationsDestroyed, 2);
+    EXPECT_EQ(g_destroyed, 3);
     EXPECT_TRUE(Table::hasKey("Translation"));
-    EXPECT_EQ(Table::stored("Translation"), nullptr);
-}
+    EXPECT_EQ(VTService<Translation>::get(), nullptr);
 
-TEST_F(VTServiceTest, AnObjectOfAnotherClassUnderTheKeyIsNotFound) {
-    VTService<Translation>::install(new CountedTranslation("derived"));
+    // An object of another class under the key is not found.
+    VTService<Translation>::install(new Counted("derived"));
     auto *impostor = new Impostor;
-    VTService<Impostor>::install(impostor);  // replaces the translation's object
-    EXPECT_EQ(g_translationsDestroyed, 1);
+    VTService<Impostor>::install(impostor);
+    EXPECT_EQ(g_destroyed, 4);
     EXPECT_EQ(VTService<Impostor>::get(), impostor);
-    EXPECT_EQ(VTService<Translation>::get(), nullptr) << "an object of another class was found";
+    EXPECT_EQ(VTService<Translation>::get(), nullptr);
+    VTService<Impostor>::install(nullptr);
+    VTService<ApplicationContext>::install(nullptr);
 }
