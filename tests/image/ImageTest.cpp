@@ -254,6 +254,8 @@ TEST(Pixmap, RoundsDoublesKeepingTheLowByteAndIgnoresSixteenBitSamples) {
     EXPECT_EQ(fromPlanes(white.data(), 3, 4, 2).getQImage(), nullptr);
     // A size below 1 reads nothing and leaves a null image, which is set all the same.
     EXPECT_TRUE(fromPlanes(nullptr, Data::Double, 0, 5).getQImage()->isNull());
+    // So does a width that Qt refuses to allocate, before any sample is read.
+    EXPECT_TRUE(fromPlanes(nullptr, Data::UInt8, 1 << 26, 1).getQImage()->isNull());
 }
 
 TEST(Pixmap, WritesAndLenientlyReadsTheTextForm) {

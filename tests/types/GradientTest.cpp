@@ -267,7 +267,7 @@ TEST(Gradient, StopsAreTheOnesThatWereSet) {
     ASSERT_EQ(g.getStopCount(), 2u);
     EXPECT_EQ(std::make_tuple(g.getStopItem(0), g.getStopItem(1)),
               std::make_tuple(std::make_pair(0.25, kRed), std::make_pair(0.75, kRed)));
-    g.setStopPercent(5, 0.5);
+    g.setStopPercent(2, 0.5);
     g.setStopColor(1, kBlue);
     g.setStopColor(2, kRed);
     EXPECT_EQ(std::make_tuple(g.getStopCount(), g.getStopItemColor(1), g.getStopItemPercent(1),

@@ -111,6 +111,10 @@ TEST(TypeForms, EachValueGivesItsTextAndBytesAndReadsBack) {
             EXPECT_TRUE(!fromText.value.empty() && fromText.value == row.value);
         }
     }
+    // A byte array reads one word, past blanks of any kind.
+    for (const char *text : {"TWFu AAAA", " \tTWFu\tAAAA", "\nTWFu\r"}) {
+        EXPECT_EQ(readText(ByteArrayType::Create(), text).value, any(ByteArray("Man", 3u))) << text;
+    }
 }
 
 TEST(TypeForms, WritersRefuseAnotherClassAndDefaultsAreTheFamilys) {
