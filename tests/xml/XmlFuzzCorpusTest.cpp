@@ -1,33 +1,10 @@
-// Replays every input kept under fuzz/corpus/ for the module's two fuzz targets through the
-// targets' own checks, so that a crash found once stays fixed. The targets are compiled into
-// this executable under names of their own.
-#include <gtest/gtest.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <utility>
+// Both targets are compiled into this executable under names of their own.
+#include "support/FuzzCorpus.h"
 
 extern "C" int uriFuzzerInput(const std::uint8_t *data, std::size_t size);
 extern "C" int xmlDataNodeFuzzerInput(const std::uint8_t *data, std::size_t size);
 
 TEST(XmlFuzzCorpus, ReplaysTheKeptInputsOfBothTargets) {
-    const std::pair<const char *, int (*)(const std::uint8_t *, std::size_t)> targets[] = {
-        {"uri_fuzzer", &uriFuzzerInput}, {"xml_datanode_fuzzer", &xmlDataNodeFuzzerInput}};
-    for (auto const &[name, target] : targets) {
-        int replayed = 0;
-        for (auto const &entry : std::filesystem::directory_iterator(
-                 std::filesystem::path(VORT_FUZZ_CORPUS_DIR) / name)) {
-            std::ostringstream bytes;
-            bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-            const std::string data = bytes.str();
-            SCOPED_TRACE(entry.path().string());
-            EXPECT_EQ(target(reinterpret_cast<const std::uint8_t *>(data.data()), data.size()), 0);
-            ++replayed;
-        }
-        EXPECT_GT(replayed, 0) << name;
-    }
+    vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "uri_fuzzer", &uriFuzzerInput);
+    vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "xml_datanode_fuzzer", &xmlDataNodeFuzzerInput);
 }
