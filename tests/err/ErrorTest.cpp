@@ -44,9 +44,9 @@ TEST_F(Errors, DescriptionsSayWhatTheyWereGiven) {
     EXPECT_EQ(plain.where().line(), 88u);
     SimpleErrorDescription generic(kHere, "broken");
     EXPECT_EQ(generic.what() + generic.id(), "brokenNexlark::GenericError");
-    const SimpleErrorDescription withId(kHere, "Tools::Paint", "also broken");
+    const SimpleErrorDescription withId(CodeLocation("x", 7), "Tools::Paint", "also broken");
     generic = withId;  // the id comes first, the message second
-    EXPECT_EQ(generic.what() + generic.id(), "also brokenTools::Paint");
+    EXPECT_EQ(generic.what() + generic.id() + generic.where().file(), "also brokenTools::Paintx");
     const ZQFErrorDescription byDefault;
     EXPECT_EQ(byDefault.where().file(), ".\\err\\ZQFErrorDescription");
     EXPECT_EQ(byDefault.where().line() + byDefault.getMessageCode(), 16u);

@@ -259,6 +259,9 @@ TEST(XmlWriter, FollowsItsStateTableAndRefusesCallsOutOfOrder) {
         {{"doc", "start:a", "empty:e", "attr:k,v", "end", "start:b", "enddoc"},
          "",
          kDeclaration + "<a><e k=\"v\"/></a><b/>\n"},
+        {{"doc", "start:a", "empty:e,urn:d", "end", "start:b", "enddoc"},
+         "",
+         kDeclaration + "<a><n1:e xmlns:n1=\"urn:d\"/></a><b/>\n"},
         // After the end of the document, a new one may start on the same stream.
         {{"doc", "element:a,1", "enddoc", "doc", "empty:b", "enddoc"},
          "",
@@ -380,6 +383,8 @@ TEST(XmlReader, WalksEveryEventWithItsNamesAndTexts) {
         ASSERT_EQ(reader.next(), step.event) << step.text;
         EXPECT_EQ(reader.getEventType(), step.event);
         EXPECT_EQ(reader.hasName(), reader.isStartElement() || reader.isEndElement());
+        EXPECT_EQ(reader.hasText(),
+                  step.event == XmlEventTypes::Characters || step.event == XmlEventTypes::Comment);
         if (reader.hasName()) {
             EXPECT_EQ(reader.getLocalName(), step.text);
         } else if (reader.isProcessingInstruction()) {
