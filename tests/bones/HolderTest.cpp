@@ -193,27 +193,18 @@ TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     AtomicCounter counter, swapped, zeroes;
     counter = swapped = zeroes = 0;
     const int threads = 4, rounds = 100000;
-    vort_test::Latch start(threads);
-    std::vector<std::thread> workers;
-    for (int t = 0; t < threads; ++t) {
-        workers.emplace_back([&] {
-            start.countDown();
-            start.wait();
-            for (int i = 0; i < rounds; ++i) {
-                counter.ref();
-                ++counter;
-                counter++;
-                if (!counter.deref()) {
-                    zeroes.ref();  // can't happen: the count only rises overall
-                }
-                for (int seen = swapped; !swapped.testAndSet(seen, seen + 1); seen = swapped) {
-                }
+    vort_test::runTogether(threads, [&](int) {
+        for (int i = 0; i < rounds; ++i) {
+            counter.ref();
+            ++counter;
+            counter++;
+            if (!counter.deref()) {
+                zeroes.ref();  // can't happen: the count only rises overall
             }
-        });
-    }
-    for (std::thread &w : workers) {
-        w.join();
-    }
+            for (int seen = swapped; !swapped.testAndSet(seen, seen + 1); seen = swapped) {
+            }
+        }
+    });
     EXPECT_EQ(int(counter), threads * rounds * 2);
     EXPECT_EQ(int(swapped), threads * rounds);
     EXPECT_EQ(int(zeroes), 0);

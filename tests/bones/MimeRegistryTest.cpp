@@ -19,7 +19,6 @@
 
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 using VORT::MimeRegistry;
@@ -108,29 +107,20 @@ TEST(MimeRegistryConcurrency, RacingRegistrationsAgreeOnOneWinner) {
                                 std::to_string(n));
         }
     }
-    vort_test::Latch start(kThreads);
     std::vector<int> winnerSeen(kThreads, -2);
     std::vector<int> ownFound(kThreads, 0);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            start.countDown();
-            start.wait();
-            // Registrations back to back, then lookups, so that writers overlap writers.
-            MimeRegistry::registerMimeType(contested, ProbeType::Create(t));
-            for (int n = 0; n < kNames; ++n) {
-                MimeRegistry::registerMimeType(own[t][n], ProbeType::Create(t * 1000 + n));
-            }
-            winnerSeen[t] = ProbeType::parameterOf(MimeRegistry::resolveMimeType(contested));
-            for (int n = 0; n < kNames; ++n) {
-                ownFound[t] += ProbeType::parameterOf(MimeRegistry::resolveMimeType(own[t][n])) ==
-                               t * 1000 + n;
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    vort_test::runTogether(kThreads, [&](int t) {
+        // Registrations back to back, then lookups, so that writers overlap writers.
+        MimeRegistry::registerMimeType(contested, ProbeType::Create(t));
+        for (int n = 0; n < kNames; ++n) {
+            MimeRegistry::registerMimeType(own[t][n], ProbeType::Create(t * 1000 + n));
+        }
+        winnerSeen[t] = ProbeType::parameterOf(MimeRegistry::resolveMimeType(contested));
+        for (int n = 0; n < kNames; ++n) {
+            ownFound[t] +=
+                ProbeType::parameterOf(MimeRegistry::resolveMimeType(own[t][n])) == t * 1000 + n;
+        }
+    });
 
     for (int t = 0; t < kThreads; ++t) {
         EXPECT_EQ(winnerSeen[t], winnerSeen[0]) << "thread " << t;

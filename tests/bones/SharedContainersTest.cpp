@@ -213,32 +213,23 @@ void raceCopiesOfOneBlock() {
     Counted::Scope scope;
     {
         const C shared = filled<C>(200);
-        vort_test::Latch start(4);
-        std::vector<std::thread> workers;
         std::atomic<int> failures{0};
-        for (int t = 0; t < 4; ++t) {
-            workers.emplace_back([&, t] {
-                start.countDown();
-                start.wait();
-                for (int round = 0; round < 200; ++round) {
-                    C copy = shared;
-                    const C &reader = copy;
-                    long sum = 0;
-                    for (auto it = reader.begin(); it != reader.end(); ++it) {
-                        sum += valueOf(*it);
-                    }
-                    failures += sum != 199 * 200 / 2;
-                    if (round % 2 == 0) {
-                        add(copy, 1000 + t);
-                        failures += copy.size() != 201;
-                    }
-                    C again = copy;
+        vort_test::runTogether(4, [&](int t) {
+            for (int round = 0; round < 200; ++round) {
+                C copy = shared;
+                const C &reader = copy;
+                long sum = 0;
+                for (auto it = reader.begin(); it != reader.end(); ++it) {
+                    sum += valueOf(*it);
                 }
-            });
-        }
-        for (std::thread &w : workers) {
-            w.join();
-        }
+                failures += sum != 199 * 200 / 2;
+                if (round % 2 == 0) {
+                    add(copy, 1000 + t);
+                    failures += copy.size() != 201;
+                }
+                C again = copy;
+            }
+        });
         EXPECT_EQ(failures.load(), 0);
         EXPECT_TRUE(shared.isDetached());
     }

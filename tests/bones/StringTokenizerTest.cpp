@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 using VORT::StringTokenizer;
@@ -135,24 +134,15 @@ TEST(StringUtils, CompareIgnoreCaseFoldsAsciiLettersOnly) {
 // generator: threads that start together race both from the first call on.
 TEST(TextConcurrency, NumbersAndUuidsFromManyThreadsAtOnce) {
     constexpr int kThreads = 4;
-    vort_test::Latch start(kThreads);
     std::vector<std::vector<std::string>> uuids(kThreads);
     std::vector<double> sums(kThreads, 0.0);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            start.countDown();
-            start.wait();
-            for (int i = 0; i < 200; ++i) {
-                VORT::StringTokenizer tokens("1.5;2", ";", false, false);
-                sums[t] += tokens.nextFloatToken() + tokens.nextIntToken();
-                uuids[t].push_back(VORT::UUID::createUuidAsString());
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int i = 0; i < 200; ++i) {
+            VORT::StringTokenizer tokens("1.5;2", ";", false, false);
+            sums[t] += tokens.nextFloatToken() + tokens.nextIntToken();
+            uuids[t].push_back(VORT::UUID::createUuidAsString());
+        }
+    });
     std::set<std::string> distinct;
     for (int t = 0; t < kThreads; ++t) {
         EXPECT_EQ(sums[t], 700.0);

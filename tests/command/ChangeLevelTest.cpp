@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <thread>
 #include <vector>
 
 using VORT::ChangeLevel;
@@ -38,20 +37,13 @@ TEST(ChangeLevelConcurrency, NextHandsOutOneUnbrokenRunAcrossThreads) {
     constexpr int kThreads = 4;
     constexpr int kDraws = 20000;
     std::vector<std::vector<unsigned long>> drawn(kThreads);
-    vort_test::Latch start(kThreads);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            start.countDown();
-            start.wait();
-            for (int i = 0; i < kDraws; ++i) {
-                drawn[t].push_back(ChangeLevel::next().value());
-            }
-        });
-    }
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int i = 0; i < kDraws; ++i) {
+            drawn[t].push_back(ChangeLevel::next().value());
+        }
+    });
     std::vector<unsigned long> all;
     for (int t = 0; t < kThreads; ++t) {
-        threads[t].join();
         // Each thread sees its own draws rise.
         EXPECT_TRUE(std::is_sorted(drawn[t].begin(), drawn[t].end()));
         all.insert(all.end(), drawn[t].begin(), drawn[t].end());

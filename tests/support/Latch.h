@@ -6,6 +6,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
+#include <vector>
 
 namespace vort_test {
 
@@ -31,6 +33,26 @@ private:
     std::condition_variable m_done;
     int m_count;
 };
+
+// Runs `body(t)` for t in [0, count) on as many threads, released together by a latch, and
+// joins them. A thread whose partners never arrive skips its body, so the caller's checks on
+// what the bodies leave fail instead of the test hanging.
+template <typename Body>
+void runTogether(int count, Body const &body) {
+    Latch start(count);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < count; ++t) {
+        threads.emplace_back([&start, &body, t] {
+            start.countDown();
+            if (start.wait()) {
+                body(t);
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
 
 }  // namespace vort_test
 

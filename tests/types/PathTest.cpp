@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <thread>
 #include <vector>
 
 using VORT::Path;
@@ -80,32 +79,21 @@ TEST(PathAndShapeConcurrency, CopiesChangeOnTheirOwnThreads) {
     Shape reference;
     reference.addRect(0, 0, 1, 1);
     constexpr int kThreads = 4;
-    vort_test::Latch start(kThreads);
     std::vector<int> agreed(kThreads, 0);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            start.countDown();
-            if (!start.wait()) {
-                return;
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int round = 0; round < 200; ++round) {
+            Path pathCopy = path;
+            pathCopy.offset(VTPoint<double>(t, round));
+            Shape shapeCopy = shape;
+            shapeCopy.addEllipse(t, round, 1, 1);
+            Shape expected;
+            expected.addRect(0, 0, 1, 1);
+            expected.addEllipse(t, round, 1, 1);
+            if (pathCopy[1] == VTPoint<double>(3 + t, 4 + round) && shapeCopy == expected) {
+                ++agreed[t];
             }
-            for (int round = 0; round < 200; ++round) {
-                Path pathCopy = path;
-                pathCopy.offset(VTPoint<double>(t, round));
-                Shape shapeCopy = shape;
-                shapeCopy.addEllipse(t, round, 1, 1);
-                Shape expected;
-                expected.addRect(0, 0, 1, 1);
-                expected.addEllipse(t, round, 1, 1);
-                if (pathCopy[1] == VTPoint<double>(3 + t, 4 + round) && shapeCopy == expected) {
-                    ++agreed[t];
-                }
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+        }
+    });
     EXPECT_EQ(agreed, std::vector<int>(kThreads, 200));
     EXPECT_TRUE(path == pathOf({{1, 2}, {3, 4}}) && shape == reference);
 }

@@ -20,7 +20,6 @@
 
 #include <climits>
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace VORT;
@@ -160,27 +159,16 @@ TEST(TypeFormsConcurrency, OneSharedTypeConvertsOnManyThreads) {
     const TypeInfo types[] = {DoubleType::Create(), DRectType::Create(), PathType::Create()};
     const std::string texts[] = {"-1.25e-07", "1,2.5,-3,4e+10", "1,2;3,4;"};
     constexpr int kThreads = 4;
-    vort_test::Latch start(kThreads);
     std::vector<int> agreed(kThreads, 0);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            start.countDown();
-            if (!start.wait()) {
-                return;
-            }
-            for (int round = 0; round < 300; ++round) {
-                TypeInfo const &type = types[round % 3];
-                ErrorHolder error;
-                const any value = type.convertFromString(texts[round % 3], error);
-                const ByteArray bytes = type.convertToByteArray(value);
-                agreed[t] += type.convertToString(type.convertFromByteArray(bytes, error)) ==
-                             texts[round % 3];
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int round = 0; round < 300; ++round) {
+            TypeInfo const &type = types[round % 3];
+            ErrorHolder error;
+            const any value = type.convertFromString(texts[round % 3], error);
+            const ByteArray bytes = type.convertToByteArray(value);
+            agreed[t] +=
+                type.convertToString(type.convertFromByteArray(bytes, error)) == texts[round % 3];
+        }
+    });
     EXPECT_EQ(agreed, std::vector<int>(kThreads, 300));
 }
