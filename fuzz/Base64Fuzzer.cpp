@@ -1,6 +1,7 @@
 // Feeds arbitrary bytes to ByteArray::fromBase64. Beyond not crashing, leaking or hanging, the
 // decoder must accept exactly the texts made of the alphabet and '=', produce six bits per
 // digit, and give back what it decoded when its result is encoded and decoded again.
+#include "FuzzCheck.h"
 #include <vort/bones/ByteArray.h>
 #include <vort/err/ErrorHolder.h>
 
@@ -11,15 +12,11 @@
 
 namespace {
 
+using vort_fuzz::check;
+
 bool isDigit(unsigned char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' ||
            c == '/';
-}
-
-void check(bool condition) {
-    if (!condition) {
-        __builtin_trap();
-    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 // byte stream reads back into the same bytes; and the console line carries the text.
 //
 // The test suite compiles this file too, under another entry name, to replay the kept corpus.
+#include "FuzzCheck.h"
 #include <hsl/hsl.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/types/Gradient.h>
@@ -14,8 +15,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -28,12 +27,7 @@ extern "C" int VORT_FUZZ_ENTRY(const std::uint8_t *data, std::size_t size);
 
 namespace {
 
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "gradient text fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
+using vort_fuzz::check;
 
 std::string g_console;
 

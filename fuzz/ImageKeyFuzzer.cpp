@@ -2,12 +2,11 @@
 // agree with a second reading of the grammar, written the other way round (find every splitting
 // ";" first, then assign the fields), refuse exactly what the grammar refuses, and read back the
 // fields of a key that `buildKey` made from them.
+#include "FuzzCheck.h"
 #include <vort/image/ImageKey.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -19,12 +18,7 @@ extern "C" int VORT_FUZZ_ENTRY(const std::uint8_t *data, std::size_t size);
 
 namespace {
 
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "image key fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
+using vort_fuzz::check;
 
 struct Fields {
     bool ok = false;

@@ -1,6 +1,7 @@
 // Feeds arbitrary bytes to `PixmapType` as PNG. Beyond not crashing, hanging or allocating
 // without bound, reading must never report through the holder, must give a null image or one
 // within the size bound, and a decoded image must survive being written as PNG and read again.
+#include "FuzzCheck.h"
 #include <vort/image/Pixmap.h>
 #include <vort/types/PixmapType.h>
 
@@ -8,8 +9,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 #ifndef VORT_FUZZ_ENTRY
 #define VORT_FUZZ_ENTRY LLVMFuzzerTestOneInput
@@ -19,16 +18,11 @@ extern "C" int VORT_FUZZ_ENTRY(const std::uint8_t *data, std::size_t size);
 
 namespace {
 
+using vort_fuzz::check;
+
 const std::int64_t kMaxPixels = std::int64_t(64) * 1024 * 1024;
 // Images up to this size are also written out and read back.
 const std::int64_t kRoundTripPixels = 1 << 16;
-
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "pixmap PNG fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
 
 }  // namespace
 

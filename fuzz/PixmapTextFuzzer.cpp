@@ -2,6 +2,7 @@
 // operator. Beyond not crashing, hanging or allocating without bound, a refusal must be worded
 // exactly, a text that reads must give an opaque ARGB32 image within the size bound, and that
 // image must come back unchanged from its own text.
+#include "FuzzCheck.h"
 #include <vort/image/Pixmap.h>
 #include <vort/types/PixmapType.h>
 
@@ -10,8 +11,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 
@@ -23,16 +22,11 @@ extern "C" int VORT_FUZZ_ENTRY(const std::uint8_t *data, std::size_t size);
 
 namespace {
 
+using vort_fuzz::check;
+
 const std::int64_t kMaxPixels = std::int64_t(64) * 1024 * 1024;
 // Images up to this size are also written out and read back.
 const std::int64_t kRoundTripPixels = 4096;
-
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "pixmap text fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
 
 bool isOpaque(QImage const &image) {
     for (int y = 0; y < image.height(); ++y) {

@@ -5,14 +5,13 @@
 //
 // The file lives in a scratch directory, in /dev/shm when there is one, so that the save's
 // flush to disk costs nothing.
+#include "FuzzCheck.h"
 #include <vort/preferences/VTPreferences.h>
 #include <vort/services/ApplicationContext.h>
 
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -23,14 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
 namespace {
 
-const char *const kRelease = "fuzz-release";
+using vort_fuzz::check;
 
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "preferences fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
+const char *const kRelease = "fuzz-release";
 
 class Context : public VTServices::ApplicationContext {
 public:

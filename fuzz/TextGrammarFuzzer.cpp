@@ -6,6 +6,7 @@
 //
 // Input: byte 0 holds the tokenizer's flags (bit 0 trims, bit 1 collapses); byte 1, modulo 4, is
 // the delimiter's length; the delimiter follows, then the text.
+#include "FuzzCheck.h"
 #include <vort/bones/PackagePath.h>
 #include <vort/bones/StringTokenizer.h>
 #include <vort/bones/StringUtils.h>
@@ -13,20 +14,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace {
 
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "text grammar fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
+using vort_fuzz::check;
 
 std::size_t occurrences(std::string const &text, std::string const &part) {
     std::size_t count = 0;

@@ -6,6 +6,7 @@
 // Input: the first byte chooses the member (modulo the number of members), the form read (text
 // or bytes) and whether the holder starts out with an error; the rest is the text or the bytes.
 // Byte arrays shorter than the member's fixed width are skipped: reading them is a caller fault.
+#include "FuzzCheck.h"
 #include <vort/bones/ByteArray.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/types/BoolType.h>
@@ -24,8 +25,6 @@
 #include <vort/types/VectorType.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -34,14 +33,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace {
 
-using namespace VORT;
+using vort_fuzz::check;
 
-void check(bool condition, const char *what) {
-    if (!condition) {
-        std::fprintf(stderr, "type conversion fuzzer: broken promise: %s\n", what);
-        std::abort();
-    }
-}
+using namespace VORT;
 
 // An enumeration as a client writes one: two names that differ only in case, and every int its
 // own value.

@@ -3,6 +3,7 @@
 // Beyond not crashing, leaking or hanging: a target of another scheme comes back unchanged, a
 // URI relativized against itself loses its path when the path has a named segment, and a local
 // file text always ends as a "file:" URI.
+#include "FuzzCheck.h"
 #include <vort/xml/Uri.h>
 
 #include <cstddef>
@@ -13,11 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
 namespace {
 
-void check(bool condition) {
-    if (!condition) {
-        __builtin_trap();
-    }
-}
+using vort_fuzz::check;
 
 bool hasNamedSegment(std::string const &path) {
     return path.find_first_not_of('/') != std::string::npos;

@@ -2,6 +2,7 @@
 // reads a file. Beyond not crashing, leaking or hanging, the trees must keep their shape: every
 // node of the file's map is under its own long name, children extend their parent's name, list
 // heads keep nothing but their names and list, and every typed reader answers.
+#include "FuzzCheck.h"
 #include <vort/xml/DataNode.h>
 #include <vort/xml/XmlReader.h>
 
@@ -9,7 +10,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <unistd.h>
 
@@ -17,13 +17,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
 namespace {
 
-using VORT::XMLDB::DataNode;
+using vort_fuzz::check;
 
-void check(bool condition) {
-    if (!condition) {
-        __builtin_trap();
-    }
-}
+using VORT::XMLDB::DataNode;
 
 // The reader takes a file name: one file per process, rewritten for each input.
 std::string const &scratchFile() {
