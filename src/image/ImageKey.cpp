@@ -1,17 +1,10 @@
+#include "ImageKey_p.h"
 #include <vort/image/ImageKey.h>
 
 #include <sstream>
 
 namespace VORT {
 namespace ImageCompositor {
-
-namespace {
-
-bool isKeyProper(std::string const &text) {
-    return text.front() == '(' && text.back() == ')' && text.find(';') != std::string::npos;
-}
-
-}  // namespace
 
 std::string buildKey(std::string const &key) {
     if (key.empty() || isKeyProper(key)) {

@@ -16,6 +16,7 @@ namespace {
 const char kLoadImage[] = "loadImg:";
 const char kCompositionMode[] = "comp_mode:";
 const char kColorModifier[] = "color_modifier:";
+const char kDefaultComposition[] = "comp_mode:SourceOver";
 
 const double kCollectionInterval = 5.0;
 // Each level of a key is a level of recursion through `render`; a key nested deeper than any
@@ -65,7 +66,7 @@ Manager &Manager::instance() {
     return manager;
 }
 
-Manager::Manager() : mNextGC(0.0), mBuildDepth(0) {
+Manager::Manager() : mNextGC(0.0), mBuildDepth(0), mKeyFields(kMaxBuildDepth) {
     registerModifier(kLoadImage, boost::make_shared<DefaultModifier>());
     for (int code = Mode::SourceOver; code <= Mode::Exclusion + 1; ++code) {
         const Mode mode(code);
@@ -165,18 +166,25 @@ Holder<Node> Manager::doBuildImageNode(std::string const &key) {
     if (mBuildDepth >= kMaxBuildDepth) {
         return Holder<Node>();
     }
+    KeyFields &fields = mKeyFields[mBuildDepth];
     const BuildDepth depth(mBuildDepth);
-    std::string a, b, modifierName, modifierArgs;
-    if (!parseKey(key, a, b, modifierName, modifierArgs)) {
+    std::string &a = fields.a;
+    std::string &b = fields.b;
+    std::string &modifierName = fields.modifierName;
+    a.clear();
+    b.clear();
+    modifierName.clear();
+    fields.modifierArgs.clear();
+    if (!parseKey(key, a, b, modifierName, fields.modifierArgs)) {
         return Holder<Node>();
     }
     if (!b.empty() && modifierName.empty()) {
-        modifierName = kCompositionMode + Mode(Mode::SourceOver).getName().getString();
+        modifierName = kDefaultComposition;
     }
     if (modifierName.empty() && !a.empty()) {
         modifierName = kLoadImage;
     }
-    const boost::shared_ptr<Modifier> modifier = buildModifier(modifierName, modifierArgs);
+    const boost::shared_ptr<Modifier> modifier = buildModifier(modifierName, fields.modifierArgs);
     if (!modifier) {
         return Holder<Node>();
     }
@@ -191,8 +199,8 @@ Holder<Node> Manager::doBuildImageNode(std::string const &key) {
     if (!modifier->postRender(result, nodeA, nodeB)) {
         return Holder<Node>();
     }
-    const Holder<Node> node(new Node(key, new QImage(result)));
-    mNodes.emplace(key, node);
+    const Holder<Node> node(new Node(key, new QImage(std::move(result))));
+    mNodes.try_emplace(key, node);
     return node;
 }
 

@@ -38,6 +38,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace VORT {
 namespace ImageCompositor {
@@ -82,12 +83,19 @@ protected:
     virtual Holder<Node> doBuildImageNode(std::string const &key);
 
 private:
+    // The fields of the keys being built, one set per level of nesting, cleared and refilled by
+    // each build so that their buffers serve every later one.
+    struct KeyFields {
+        std::string a, b, modifierName, modifierArgs;
+    };
+
     std::map<std::string, Holder<Node>> mNodes;
     // Keyed by lower-case names, and searched by views of lower-cased text.
     std::map<std::string, boost::shared_ptr<Modifier>, std::less<>> mModifiers;
     double mNextGC;
     // How many builds are under way, one inside the other.
     int mBuildDepth;
+    std::vector<KeyFields> mKeyFields;
 };
 
 }  // namespace ImageCompositor
