@@ -7,6 +7,7 @@
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
 
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <sstream>
@@ -52,13 +53,18 @@ QImage alignedCanvas(QSize const &size) {
         return QImage();
     }
     const std::size_t bytes = static_cast<std::size_t>(size.width()) * 4 * size.height();
-    void *pixels =
-        std::aligned_alloc(kAlignment, (bytes + kAlignment - 1) / kAlignment * kAlignment);
-    if (pixels == nullptr) {
+    // Aligned by hand inside one plain block: `aligned_alloc` would split a block of its own
+    // and hand the allocator a fragment to file away on every call.
+    void *block = bytes <= std::numeric_limits<std::size_t>::max() - kAlignment
+                      ? std::malloc(bytes + kAlignment)
+                      : nullptr;
+    if (block == nullptr) {
         return QImage();
     }
-    return QImage(static_cast<uchar *>(pixels), size.width(), size.height(), size.width() * 4,
-                  QImage::Format_ARGB32_Premultiplied, std::free, pixels);
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    auto *pixels = reinterpret_cast<uchar *>((address + kAlignment) & ~(kAlignment - 1));
+    return QImage(pixels, size.width(), size.height(), static_cast<qsizetype>(size.width()) * 4,
+                  QImage::Format_ARGB32_Premultiplied, std::free, block);
 }
 
 // The node of an operand, asked for by its normalised key; a key proper is its own normal form
