@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <sstream>
 
@@ -65,6 +66,30 @@ QImage alignedCanvas(QSize const &size) {
     auto *pixels = reinterpret_cast<uchar *>((address + kAlignment) & ~(kAlignment - 1));
     return QImage(pixels, size.width(), size.height(), static_cast<qsizetype>(size.width()) * 4,
                   QImage::Format_ARGB32_Premultiplied, std::free, block);
+}
+
+// Source-over onto transparent pixels leaves the source's premultiplied pixels exactly (the
+// blend adds nothing of a destination that is 0), so the first operand of that mode is copied
+// rather than blended when it is premultiplied ARGB at one pixel per unit. Only pixels that
+// break the format's own rule (no alpha but some colour) would differ: the blend drops them.
+bool isPlainPremultiplied(QImage const &image) {
+    return image.format() == QImage::Format_ARGB32_Premultiplied && image.devicePixelRatio() == 1.0;
+}
+
+// Copies `image` into the top left corner of `canvas`, of the same format and at least as large.
+void copyToTopLeft(QImage const &image, QImage &canvas) {
+    const qsizetype rowBytes = static_cast<qsizetype>(image.width()) * 4;
+    const qsizetype fromStride = image.bytesPerLine();
+    const qsizetype toStride = canvas.bytesPerLine();
+    uchar const *from = image.constBits();
+    uchar *to = canvas.bits();
+    if (fromStride == rowBytes && toStride == rowBytes) {
+        std::memcpy(to, from, static_cast<std::size_t>(rowBytes) * image.height());
+        return;
+    }
+    for (int y = image.height(); y > 0; --y, from += fromStride, to += toStride) {
+        std::memcpy(to, from, static_cast<std::size_t>(rowBytes));
+    }
 }
 
 // The node of an operand, asked for by its normalised key; a key proper is its own normal form
@@ -169,12 +194,19 @@ bool QtModifier::render(QImage &out, std::string const *keyA, std::string const 
     QImage canvas = alignedCanvas(size);
     // A canvas without pixels has nothing to paint, and a painter would only complain of it.
     if (!canvas.isNull()) {
-        canvas.fill(0);
+        const bool copyA = imageA != nullptr && mMode.getCode() == Mode::SourceOver &&
+                           isPlainPremultiplied(*imageA);
+        if (!copyA || imageA->size() != size) {
+            canvas.fill(0);
+        }
+        if (copyA) {
+            copyToTopLeft(*imageA, canvas);
+        }
         QPainter painter(&canvas);
         painter.setPen(Qt::NoPen);
         painter.setRenderHint(QPainter::Antialiasing, true);
         painter.setCompositionMode(static_cast<QPainter::CompositionMode>(mMode.getCode()));
-        if (imageA != nullptr) {
+        if (imageA != nullptr && !copyA) {
             painter.drawImage(0, 0, *imageA);
         }
         if (imageB != nullptr) {
