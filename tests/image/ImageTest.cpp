@@ -11,6 +11,7 @@
 
 #include <QtCore/QTemporaryDir>
 #include <QtGui/QImage>
+#include <QtGui/QPainter>
 #include <QtGui/QPixmap>
 
 #include <boost/make_shared.hpp>
@@ -431,6 +432,41 @@ TEST(ImageModifier, ComposesStoredOperandsOnALargeEnoughCanvas) {
                  over.render(out, nullptr, nullptr));
     EXPECT_TRUE(over.render(out, &red, &empty) && over.render(out, nullptr, &blue));
     EXPECT_EQ(out.size(), QSize(2, 5));
+}
+
+// A premultiplied first operand of source-over is copied, not blended: the result must still be
+// the painter's, bit for bit, whatever the sizes, the operand's row padding and the mode.
+TEST(ImageModifier, ComposesPremultipliedOperandsExactlyAsThePainterDoes) {
+    static uchar padded[3 * 28];
+    QImage mixed(5, 4, QImage::Format_ARGB32_Premultiplied);
+    for (int i = 0; i < 20; ++i) {
+        mixed.setPixel(i % 5, i / 5, qPremultiply(qRgba(200, 90 + i, 40, (i * 67) % 256)));
+    }
+    QImage strided(padded, 3, 3, 28, QImage::Format_ARGB32_Premultiplied);
+    strided.fill(qPremultiply(qRgba(10, 220, 30, 160)));
+    const QImage tall = solid(3, 6, 0x800000FFu);
+    const std::tuple<QImage, QImage, int> cases[] = {
+        {mixed, tall, Mode::SourceOver},
+        {mixed, solid(2, 2, 0x80FF0000u), Mode::SourceOver},
+        {strided, tall, Mode::SourceOver},
+        {mixed, tall, Mode::Multiply}};
+    int n = 0;
+    for (auto const &[a, b, mode] : cases) {
+        const std::string keyA = "(copy-a" + std::to_string(n) + ";;)";
+        const std::string keyB = "(copy-b" + std::to_string(n++) + ";;)";
+        ASSERT_TRUE(Manager::instance().storeImage(keyA, new Node(keyA, new QImage(a))) &&
+                    Manager::instance().storeImage(keyB, new Node(keyB, new QImage(b))));
+        QImage painted(a.size().expandedTo(b.size()), QImage::Format_ARGB32_Premultiplied);
+        painted.fill(0);
+        QPainter painter(&painted);
+        painter.setCompositionMode(static_cast<QPainter::CompositionMode>(mode));
+        painter.drawImage(0, 0, a);
+        painter.drawImage(0, 0, b);
+        painter.end();
+        QImage out;
+        ASSERT_TRUE(QtModifier(Mode(mode)).render(out, &keyA, &keyB));
+        EXPECT_EQ(out, painted) << "case " << n;
+    }
 }
 
 TEST(ImageManager, FindsModifiersInAnyCaseAndKeepsTheFirst) {
