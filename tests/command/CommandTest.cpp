@@ -1,148 +1,188 @@
-#include "command/TestCommands.h"
+#include "support/Latch.h"
 #include <vort/bones/Library.h>
-#include <vort/command/Command.h>
+#include <vort/command/CommandTarget.h>
 #include <vort/err/ErrorHolder.h>
 #include <vort/err/ZQFErrorDescription.h>
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
+#include <algorithm>
+#include <map>
+#include <sstream>
 #include <string>
+#include <vector>
 
-using VORT::ChangeLevel;
-using VORT::Command;
-using VORT::ErrorHolder;
-using vort_test::Outcome;
-using vort_test::TestCommand;
+using namespace VORT;
 
 namespace {
 
-// The least a concrete command must supply.
-class BareCommand : public Command {
-public:
-    std::string shortDescription() const override { return "bare"; }
-    int done = 0;
+const char kBadState[] = "Command not in an appropriate state for request.";
+const char kTooFarBack[] = "We do not have undo information far enough back.";
 
-protected:
-    void handleDo(ErrorHolder &) override { ++done; }
+// Logs its handler calls ("do 3") and its deletion ("~3"); `fails` makes every handler fail.
+struct Logged : Command {
+    Logged(std::vector<std::string> &log, int id, bool undoable, bool redoable)
+        : log(log), id(id), undoable(undoable), redoable(redoable) {}
+    ~Logged() override { log.push_back("~" + std::to_string(id)); }
+    bool canUndo() override { return undoable; }
+    bool canRedo() override { return redoable; }
+    std::string shortDescription() const override { return "command " + std::to_string(id); }
+    void handleDo(ErrorHolder &holder) override { run("do", holder); }
+    void handleUndo(ErrorHolder &holder) override { run("undo", holder); }
+    void handleRedo(ErrorHolder &holder) override { run("redo", holder); }
+    void run(std::string const &step, ErrorHolder &holder) {
+        log.push_back(step + " " + std::to_string(id));
+        if (fails) {
+            holder.setError(SimpleErrorDescription(CodeLocation("t", 1), step + " failed"));
+        }
+    }
+    std::vector<std::string> &log;
+    int id;
+    bool undoable, redoable, fails = false;
 };
+
+// The actions of a step, run with one holder: "do N" (with "once": can't be undone; "final":
+// can't be redone), "again N" (hand in command N once more), "undo", "stale" (the holder
+// has an earlier error), "redo", "back to N" and "back below N" (to command N's level, or one
+// under it), "depth N" and "clean". Command `fails` fails throughout the step. Then the log of
+// the step, the commands on top of the two stacks, whether the target is dirty, the error.
+struct Step {
+    const char *actions;
+    int fails;
+    const char *log;
+    int undoTop, redoTop;
+    bool dirty;
+    const char *error;
+};
+const Step kSession[] = {
+    {"undo; redo; to 0", 0, "", 0, 0, false, ""},
+    {"do 1; do 2; do 3; clean", 0, "do 1 do 2 do 3", 3, 0, false, ""},
+    {"undo", 0, "undo 3", 2, 3, true, ""},
+    {"redo", 0, "redo 3", 3, 0, false, ""},
+    {"undo; do 4", 0, "undo 3 do 4 ~3", 4, 0, true, ""},
+    {"do 5", 5, "do 5", 4, 0, true, "do failed"},
+    {"again 4", 0, "", 4, 0, true, kBadState},
+    {"undo", 4, "undo 4", 4, 0, true, "undo failed"},
+    {"stale", 0, "undo 4", 4, 0, true, "earlier"},
+    {"undo", 0, "undo 4", 2, 4, true, ""},
+    {"redo", 4, "redo 4", 2, 4, true, "redo failed"},
+    {"redo; do 6 final; do 7; undo", 0, "redo 4 do 6 do 7 undo 7", 6, 7, true, ""},
+    {"undo", 0, "undo 6 ~7", 4, 0, true, ""},
+    {"to 2", 0, "undo 4", 2, 4, true, ""},
+    {"redo; to 1", 0, "redo 4 undo 4 undo 2", 1, 2, true, ""},
+    {"below 1", 0, "", 1, 2, true, kTooFarBack},
+    {"redo; redo", 0, "redo 2 redo 4", 4, 0, true, ""},
+    {"to 1", 2, "undo 4 undo 2", 2, 4, true, "undo failed"},
+    {"redo; depth 0", 0, "redo 4 ~1 ~2 ~4", 0, 0, true, ""},
+    {"do 10", 0, "do 10 ~10", 0, 0, true, ""},
+    {"depth 20; do 11; do 12; clean; do 13 once", 0, "do 11 do 12 do 13 ~12 ~11", 0, 0, true, ""},
+    {"clean; do 15 once", 0, "do 15", 0, 0, false, ""},
+    {"do 16; do 17; undo", 0, "do 16 do 17 undo 17", 16, 17, true, ""},
+};
+
+int topOf(std::string const &description) {
+    return description.empty() ? 0 : std::stoi(description.substr(sizeof("command")));
+}
 
 }  // namespace
 
-TEST(Command, FollowsTheLifeTableForEveryStateOperationAndOutcome) {
-    enum Op { DoIt, Undo, Redo };
-    struct Row {
-        Command::State from;
-        Op op;
-        Outcome handler;
-        bool earlierError;  // the holder comes in with an error already
-        Command::State to;
-        const char *log;  // the handler call, or "" if the handler wasn't called
-        const char *error;
-    };
-    const char bad[] = "Command not in an appropriate state for request.";
-    const Row rows[] = {
-        {Command::NotDone, DoIt, Outcome::Succeed, false, Command::Done, "do 1", ""},
-        {Command::NotDone, DoIt, Outcome::Fail, false, Command::NotDone, "do 1", "do failed"},
-        {Command::NotDone, DoIt, Outcome::Throw, false, Command::NotDone, "do 1", "threw"},
-        {Command::NotDone, DoIt, Outcome::Succeed, true, Command::NotDone, "do 1", "earlier"},
-        {Command::Done, Undo, Outcome::Succeed, false, Command::Undone, "undo 1", ""},
-        {Command::Done, Undo, Outcome::Fail, false, Command::Done, "undo 1", "undo failed"},
-        {Command::Done, Undo, Outcome::Throw, false, Command::Done, "undo 1", "threw"},
-        {Command::Done, Undo, Outcome::Succeed, true, Command::Done, "undo 1", "earlier"},
-        {Command::Undone, Redo, Outcome::Succeed, false, Command::Done, "redo 1", ""},
-        {Command::Undone, Redo, Outcome::Fail, false, Command::Undone, "redo 1", "redo failed"},
-        {Command::Undone, Redo, Outcome::Throw, false, Command::Undone, "redo 1", "threw"},
-        {Command::NotDone, Undo, Outcome::Succeed, false, Command::NotDone, "", bad},
-        {Command::NotDone, Redo, Outcome::Succeed, true, Command::NotDone, "", bad},
-        {Command::Done, DoIt, Outcome::Succeed, false, Command::Done, "", bad},
-        {Command::Done, Redo, Outcome::Succeed, false, Command::Done, "", bad},
-        {Command::Undone, DoIt, Outcome::Succeed, false, Command::Undone, "", bad},
-        {Command::Undone, Undo, Outcome::Succeed, false, Command::Undone, "", bad},
-    };
+TEST(UndoRedoCommandTarget, FollowsASessionOfEveryKindOfStep) {
     initialize_vort_util();
-    int index = 0;
-    for (const Row &row : rows) {
-        SCOPED_TRACE("row " + std::to_string(index++));
-        std::vector<std::string> log;
-        TestCommand command(log, 1);
-        ErrorHolder setUp;
-        if (row.from != Command::NotDone) {
-            command.doIt(setUp);
+    std::vector<std::string> log;
+    std::map<int, Logged *> commands;
+    {
+        UndoRedoCommandTarget target;
+        for (const Step &step : kSession) {
+            SCOPED_TRACE(step.actions);
+            const size_t logged = log.size();
+            ErrorHolder holder;
+            std::istringstream actions(step.actions);
+            for (std::string action; std::getline(actions >> std::ws, action, ';');) {
+                std::istringstream words(action);
+                std::string verb, how;
+                int id = 0;
+                words >> verb >> id >> how;
+                if (verb == "do") {
+                    commands[id] = new Logged(log, id, how != "once", how != "final");
+                }
+                for (auto &entry : commands) {
+                    entry.second->fails = entry.first == step.fails;
+                }
+                if (verb == "do" || verb == "again") {
+                    target.processCommand(commands[id], holder);
+                } else if (verb == "undo" || verb == "stale") {
+                    if (verb == "stale") {
+                        holder.setError(SimpleErrorDescription(CodeLocation("x", 1), "earlier"));
+                    }
+                    target.undo(holder);
+                } else if (verb == "redo") {
+                    target.redo(holder);
+                } else if (verb == "to" || verb == "below") {
+                    const ChangeLevel level = id ? commands[id]->getChangeLevel() : ChangeLevel();
+                    target.undoToChangeLevel(level.value() - (verb == "below"), holder);
+                } else if (verb == "depth") {
+                    target.setMaxUndoDepth(id);
+                } else {
+                    ASSERT_EQ(verb, "clean");
+                    target.markClean();
+                }
+            }
+            std::string done;
+            for (size_t i = logged; i < log.size(); ++i) {
+                done += (done.empty() ? "" : " ") + log[i];
+            }
+            EXPECT_EQ(done, step.log);
+            EXPECT_EQ(topOf(target.undoLongDescription()), step.undoTop);
+            EXPECT_EQ(topOf(target.redoLongDescription()), step.redoTop);
+            EXPECT_EQ(target.isDirty(), step.dirty);
+            EXPECT_EQ(holder.what(), step.error);
         }
-        if (row.from == Command::Undone) {
-            command.undo(setUp);
-        }
-        ASSERT_EQ(command.getState(), row.from);
         log.clear();
-        command.outcome = row.handler;
-        const ChangeLevel levelBefore = command.getChangeLevel();
-        const ChangeLevel seriesBefore = ChangeLevel::next();
-        ErrorHolder holder;
-        if (row.earlierError) {
-            holder.setError(VORT::SimpleErrorDescription(VORT::CodeLocation("x", 1), "earlier"));
-        }
-        try {
-            row.op == DoIt   ? command.doIt(holder)
-            : row.op == Undo ? command.undo(holder)
-                             : command.redo(holder);
-            EXPECT_EQ(holder.what(), row.error);
-        } catch (std::runtime_error const &) {
-            EXPECT_STREQ(row.error, "threw");
-        }
-        EXPECT_EQ(command.getState(), row.to);
-        EXPECT_EQ(log.empty() ? "" : log[0], row.log);
-        if (!log.empty()) {  // the handler sees the state as it was
-            EXPECT_EQ(command.seenState, row.from);
-        }
-        if (row.error == bad) {
-            const auto *zqf = dynamic_cast<VORT::ZQFErrorDescription *>(holder.description());
-            ASSERT_NE(zqf, nullptr);
-            EXPECT_EQ(zqf->getMessageCode(), 0x5A0001UL);
-            EXPECT_EQ(zqf->where().file(), ".\\command\\Command");
-        }
-        // Only an attempted doIt draws a level, before its handler runs, whatever the outcome.
-        if (row.op == DoIt && !log.empty()) {
-            EXPECT_EQ(command.getChangeLevel().value(), seriesBefore.value() + 1);
-            EXPECT_EQ(command.seenLevel, command.getChangeLevel());
-        } else {
-            EXPECT_EQ(command.getChangeLevel(), levelBefore);
-        }
+    }
+    // The target deletes its redo stack, then its undo stack; the rest are still the caller's.
+    EXPECT_EQ(log, (std::vector<std::string>{"~17", "~16"}));
+    for (int id : {5, 6, 13, 15}) {
+        delete commands[id];
     }
 }
 
-TEST(Command, DefaultsMakeAnOrdinaryCommandThatCopiesItsState) {
-    BareCommand command;
-    EXPECT_EQ(command.getChangeLevel(), ChangeLevel(ChangeLevel::INVALID));
-    EXPECT_FALSE(command.canUndo() || command.canRedo());
-    EXPECT_EQ(command.longDescription(), "bare");
-    ErrorHolder holder;
-    command.doIt(holder);
-    command.undo(holder);  // the default undo and redo handlers do nothing and succeed
-    command.redo(holder);
-    EXPECT_FALSE(holder.hasError());
-    EXPECT_EQ(command.done, 1);
-    BareCommand copy(command);
-    BareCommand assigned;
-    assigned = command;
-    for (const BareCommand *c : {&copy, &assigned}) {
-        EXPECT_EQ(c->getState(), Command::Done);
-        EXPECT_EQ(c->getChangeLevel(), command.getChangeLevel());
-    }
-
-    // A command that always claims to be done: doIt is refused, undo is let through.
-    class AlwaysDone : public BareCommand {
-    public:
-        State getState() const override { return Done; }
-    };
+TEST(Command, DefaultsRefuseRequestsOutOfStateAndCopyTheState) {
     initialize_vort_util();
-    AlwaysDone always;
-    always.doIt(holder);
-    EXPECT_EQ(always.done, 0);
-    EXPECT_TRUE(holder.hasError());
-    ErrorHolder second;
-    always.undo(second);
-    always.undo(second);
-    EXPECT_FALSE(second.hasError());
-    EXPECT_EQ(always.Command::getState(), Command::Undone);
+    struct Bare : Command {
+        std::string shortDescription() const override { return "bare"; }
+        void handleDo(ErrorHolder &) override {}
+    } bare;
+    EXPECT_FALSE(bare.canUndo() || bare.canRedo());
+    EXPECT_EQ(bare.longDescription(), "bare");
+    ErrorHolder refused, fine;
+    bare.undo(refused);
+    EXPECT_EQ(refused.what(), kBadState);
+    const auto *zqf = dynamic_cast<ZQFErrorDescription *>(refused.description());
+    EXPECT_EQ(zqf ? zqf->where().file() : "", ".\\command\\Command");
+    bare.doIt(fine);
+    const ChangeLevel level = bare.getChangeLevel();
+    bare.undo(fine);  // the default undo and redo handlers do nothing and succeed
+    bare.redo(fine);
+    EXPECT_TRUE(!fine.hasError() && level != ChangeLevel());
+    Bare copy(bare);
+    EXPECT_TRUE(copy.getState() == Command::Done && copy.getChangeLevel() == level);
+    EXPECT_TRUE(ChangeLevel(1) < ChangeLevel(0x80000000UL) && ChangeLevel(0x100000005UL) == 5UL);
+}
+
+TEST(ChangeLevelConcurrency, NextHandsOutOneUnbrokenRunAcrossThreads) {
+    constexpr int kThreads = 4, kDraws = 5000;
+    std::vector<std::vector<unsigned long>> drawn(kThreads);
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int i = 0; i < kDraws; ++i) {
+            drawn[t].push_back(ChangeLevel::next().value());
+        }
+    });
+    std::vector<unsigned long> all;
+    for (auto const &own : drawn) {
+        EXPECT_TRUE(std::is_sorted(own.begin(), own.end()));
+        all.insert(all.end(), own.begin(), own.end());
+    }
+    std::sort(all.begin(), all.end());
+    EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end());
+    EXPECT_EQ(all.back() - all.front(), static_cast<unsigned long>(kThreads * kDraws - 1));
 }
