@@ -8,9 +8,10 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <optional>
+#include <memory>
 #include <string>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -18,17 +19,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace {
 
+using P = VTPreferences;
 using Table = VTPreferences::Table;
 using Strings = std::vector<std::string>;
-const char kHeader[] = "#\n#Nexlark Preference File\n#\n\n\n";
 
-// What the host answers; a missing directory or release is answered as null.
+// What the host answers, null included.
 struct Context : VTServices::ApplicationContext {
-    std::optional<std::string> directory, release;
-    const char *getPreferencesDirectory(bool) override {
-        return directory ? directory->c_str() : nullptr;
-    }
-    const char *getRelease() override { return release ? release->c_str() : nullptr; }
+    Context(const char *directory, const char *release) : directory(directory), release(release) {}
+    const char *getPreferencesDirectory(bool) override { return directory; }
+    const char *getRelease() override { return release; }
+    const char *directory, *release;
 };
 
 struct Store : VTPreferences {
@@ -36,10 +36,6 @@ struct Store : VTPreferences {
     using VTPreferences::m_dirty;
     using VTPreferences::m_loaded;
     using VTPreferences::m_prefMaps;
-    static void reset() {
-        m_prefMaps.clear();
-        m_loaded = m_dirty = false;
-    }
 };
 
 std::string readFile(const std::filesystem::path &path) {
@@ -48,37 +44,33 @@ std::string readFile(const std::filesystem::path &path) {
 }
 
 std::string text(const char *section, const char *key, std::string held, const char *fallback) {
-    VTPreferences::getStringPref(section, key, &held, fallback);
+    P::getStringPref(section, key, &held, fallback);
     return held;
 }
 
-// A fresh directory per test, named by a host of release "R", and an empty store.
+// A fresh directory, named by a host of release "R", and an empty store for every test.
 class Prefs : public ::testing::Test {
 protected:
     void SetUp() override {
-        dir = std::filesystem::temp_directory_path() /
-              ("vort-prefs-" + std::to_string(::getpid()) + "-" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::remove_all(dir);
         std::filesystem::create_directories(dir);
-        useContext(dir.string(), "R");
-        Store::reset();
+        use(dir.c_str(), "R");
     }
     void TearDown() override {
-        VTServices::VTService<VTServices::ApplicationContext>::install(nullptr);
-        Store::reset();
+        use(nullptr, nullptr);
         std::filesystem::remove_all(dir);
     }
-    static void useContext(std::optional<std::string> directory,
-                           std::optional<std::string> release) {
-        auto *context = new Context;
-        context->directory = directory;
-        context->release = release;
-        VTServices::VTService<VTServices::ApplicationContext>::install(context);
+    static void use(const char *directory, const char *release) {
+        VTServices::VTService<VTServices::ApplicationContext>::install(
+            new Context(directory, release));
+        Store::m_prefMaps.clear();
+        Store::m_loaded = Store::m_dirty = false;
     }
     void write(const std::string &bytes) { std::ofstream(file(), std::ios::binary) << bytes; }
-    std::filesystem::path file() const { return dir / "nexlark.prf"; }
-    std::filesystem::path dir;
+    std::string file() const { return dir + "/nexlark.prf"; }
+    const std::string dir =
+        (std::filesystem::temp_directory_path() / ("vort-prefs-" + std::to_string(::getpid())))
+            .string();
 };
 
 TEST(PreferencesFuzzer, ReplaysTheKeptCorpus) {
@@ -86,14 +78,7 @@ TEST(PreferencesFuzzer, ReplaysTheKeptCorpus) {
 }
 
 TEST_F(Prefs, ReaderTakesEachFileTextIntoItsTable) {
-    std::string longFile = "[Long]\n";
-    Table longTable;
-    for (int i = 0; i < 40; ++i) {  // 300-byte values cross the 255-byte buffer at every offset
-        const std::string key = "key" + std::to_string(i), value = std::string(300 - i, 'x');
-        longFile += key + "=" + value + "\n";
-        longTable["Long"][key] = value;
-    }
-    const std::pair<std::string, Table> cases[] = {
+    std::pair<std::string, Table> cases[] = {
         {"[A]\nk=v", {}},  // a last line without a line break is lost
         {"# note\n  [A]\n\t k=v\n#k=w\n", {{"A", {{"k", "v"}}}}},
         {"[A]\nk=\n\n   next line\nm=n\n", {{"A", {{"k", "next line"}, {"m", "n"}}}}},
@@ -102,76 +87,71 @@ TEST_F(Prefs, ReaderTakesEachFileTextIntoItsTable) {
         {"[A]x=1\r\n", {{"A", {{"x", "1\r"}}}}},
         {"[A]\nk=v\n[B]\nk=w\n[A]\nk=z\n", {{"A", {{"k", "z"}}}, {"B", {{"k", "w"}}}}},
         {"[A]\nfoo\nbar=baz\n", {{"A", {{"foo\nbar", "baz"}}}}},
-        {longFile, longTable},
+        {"[L]\n", {}},
     };
-    for (auto const &[bytes, expected] : cases) {
-        SCOPED_TRACE(bytes.substr(0, 40));
-        Store::reset();
+    for (int i = 0; i < 40; ++i) {  // values of 300 bytes cross the 255-byte buffer at every offset
+        cases[8].first += "k" + std::to_string(i) + "=" + std::string(300 - i, 'x') + "\n";
+        cases[8].second["L"]["k" + std::to_string(i)] = std::string(300 - i, 'x');
+    }
+    for (auto &[bytes, expected] : cases) {
+        use(dir.c_str(), "R");
         write(bytes);
-        ASSERT_TRUE(VTPreferences::loadPrefs());
-        Table withRelease = expected;
-        withRelease["General"]["TessarRelease"] = "R";
-        EXPECT_EQ(Store::m_prefMaps, withRelease);
+        ASSERT_TRUE(P::loadPrefs());
+        expected["General"]["TessarRelease"] = "R";
+        EXPECT_EQ(Store::m_prefMaps, expected) << bytes.substr(0, 40);
     }
 }
 
-TEST_F(Prefs, LoadsLazilyOnceAndRetriesAfterAMissingFile) {
-    EXPECT_EQ(VTPreferences::getIntPref("A", "k", 7), 7);
-    EXPECT_TRUE(VTPreferences::setIntPref("A", "set", 1));  // setters don't load...
+TEST_F(Prefs, LoadsOnceRetriesAfterAMissingFileAndNeedsAPlace) {
+    EXPECT_EQ(P::getIntPref("A", "k", 7), 7);
+    EXPECT_TRUE(P::setIntPref("A", "set", 1));  // setters don't load, and the load replaces them
     write("[General]\nTessarRelease=R\n[A]\nk=5\n");
-    EXPECT_EQ(VTPreferences::getIntPref("A", "k", 7), 5);
-    EXPECT_EQ(VTPreferences::getIntPref("A", "set", 7), 7);  // ...and the load replaces them
-    EXPECT_FALSE(Store::m_dirty);
+    EXPECT_EQ(P::getIntPref("A", "k", 7) + P::getIntPref("A", "set", 7), 12);
     write("[General]\nTessarRelease=R\n[A]\nk=6\n");
-    EXPECT_EQ(VTPreferences::getIntPref("A", "k", 7), 5);
-    ASSERT_TRUE(VTPreferences::clearPrefs());
-    EXPECT_EQ(readFile(file()), "");
-    EXPECT_TRUE(Store::m_prefMaps.empty() && !Store::m_loaded && !Store::m_dirty);
-
+    EXPECT_TRUE(P::getIntPref("A", "k", 7) == 5 && !Store::m_dirty);
+    ASSERT_TRUE(P::clearPrefs());
+    EXPECT_TRUE(readFile(file()).empty() && Store::m_prefMaps.empty() && !Store::m_loaded);
     for (auto const &[directory, name] :
          {std::make_pair("/p", "/p/nexlark.prf"), std::make_pair("C:\\p\\", "C:\\p\\nexlark.prf"),
           std::make_pair("/p/", "/p/nexlark.prf"), std::make_pair("", "/nexlark.prf")}) {
-        useContext(directory, "R");
+        use(directory, "R");
         EXPECT_EQ(Store::getPrefFileName(), name);
     }
-    useContext(std::nullopt, "R");  // no place: nothing can be read, saved or cleared
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v") && text("A", "k", "", "") == "v");
-    EXPECT_FALSE(VTPreferences::savePrefs() || VTPreferences::clearPrefs());
-    EXPECT_TRUE(Store::m_dirty);
+    use(nullptr, "R");  // no place: nothing can be read, saved or cleared
+    EXPECT_TRUE(P::setStringPref("A", "k", "v") && text("A", "k", "", "") == "v");
+    EXPECT_FALSE(P::savePrefs() || P::clearPrefs() || !Store::m_dirty);
 }
 
 TEST_F(Prefs, WriterSortsSectionsAndKeysAfterTheHeaderAndMarksOnlyRealChanges) {
-    VTPreferences::setStringPref("B", "m", "n");
-    VTPreferences::setStringPref("A", "k", "v");
-    VTPreferences::setStringPref("a", "z", "last");
-    VTPreferences::setStringPref("A", "j", " spaced ");
-    EXPECT_TRUE(VTPreferences::setStringPref("Gone", "x", "y") &&
-                VTPreferences::setStringPref("Gone", "x", ""));  // an empty text deletes
-    ASSERT_TRUE(VTPreferences::savePrefs());
-    EXPECT_EQ(readFile(file()),
-              std::string(kHeader) + "[A]\nj= spaced \nk=v\n\n[B]\nm=n\n\n[a]\nz=last\n\n");
+    P::setStringPref("B", "m", "n");
+    P::setStringPref("A", "k", "v");
+    P::setStringPref("a", "z", "last");
+    P::setStringPref("A", "j", " spaced ");
+    EXPECT_TRUE(P::setStringPref("Gone", "x", "y") &&
+                P::setStringPref("Gone", "x", ""));  // "" deletes
+    ASSERT_TRUE(P::savePrefs());
+    EXPECT_EQ(
+        readFile(file()),
+        "#\n#Nexlark Preference File\n#\n\n\n[A]\nj= spaced \nk=v\n\n[B]\nm=n\n\n[a]\nz=last\n\n");
     write("sentinel");  // nothing changed since: no write
-    EXPECT_FALSE(VTPreferences::savePrefs() || Store::m_dirty);
-    EXPECT_EQ(readFile(file()), "sentinel");
-    EXPECT_TRUE(VTPreferences::setStringPref("A", "k", "v") && !Store::m_dirty);
-    EXPECT_FALSE(VTPreferences::setStringPref("A", "missing", "") ||
-                 VTPreferences::setStringPref("Missing", "k", "") || Store::m_dirty);
-    EXPECT_TRUE(VTPreferences::setIntPref("A", "k", 3) && Store::m_dirty);
+    EXPECT_FALSE(P::savePrefs() || Store::m_dirty || readFile(file()) != "sentinel");
+    EXPECT_TRUE(P::setStringPref("A", "k", "v") && !Store::m_dirty);
+    EXPECT_FALSE(P::setStringPref("A", "missing", "") || P::setStringPref("Missing", "k", "") ||
+                 Store::m_dirty);
+    EXPECT_TRUE(P::setIntPref("A", "k", 3) && Store::m_dirty);
 }
 
-TEST_F(Prefs, TypedValuesWriteTheirTextsAndReadThemBack) {
+TEST_F(Prefs, TypedValuesWriteTheirTextsAndReadThemBackAndAnEmptySectionIsIgnored) {
     Store::m_loaded = true;
     VORT::Color translucent;
     translucent.setRGBAFromPackedValue(0xFF800040u);
     const int pair[] = {1, 2};
     Strings words = {"a", "b"};
-    EXPECT_TRUE(VTPreferences::setBoolPref("T", "on", true) &&
-                VTPreferences::setBoolPref("T", "off", false) &&
-                VTPreferences::setIntPref("T", "min", INT_MIN) &&
-                VTPreferences::setRectPref("T", "rect", 10, 20, 300, -200) &&
-                VTPreferences::setColorPref("T", "colour", translucent) &&
-                VTPreferences::setIntArrayPref("T", "ints", pair, 2) &&
-                VTPreferences::setStringVectorPref("T", "words", &words));
+    EXPECT_TRUE(
+        P::setBoolPref("T", "on", true) && P::setBoolPref("T", "off", false) &&
+        P::setIntPref("T", "min", INT_MIN) && P::setRectPref("T", "rect", 10, 20, 300, -200) &&
+        P::setColorPref("T", "colour", translucent) && P::setIntArrayPref("T", "ints", pair, 2) &&
+        P::setStringVectorPref("T", "words", &words));
     EXPECT_EQ(Store::m_prefMaps["T"], (VTPreferences::Section{{"colour", "255 128 0"},
                                                               {"ints", "1 2 "},
                                                               {"min", "-2147483648"},
@@ -179,26 +159,21 @@ TEST_F(Prefs, TypedValuesWriteTheirTextsAndReadThemBack) {
                                                               {"on", "1"},
                                                               {"rect", "10 20 300 -200"},
                                                               {"words", "a,b,"}}));
-    EXPECT_TRUE(VTPreferences::getBoolPref("T", "on", false) &&
-                !VTPreferences::getBoolPref("T", "off", true));
-    EXPECT_EQ(VTPreferences::getIntPref("T", "min", 0), INT_MIN);
-    EXPECT_EQ(VTPreferences::getColorPref("T", "colour", VORT::Color()).getAsRgba(), 0xFF8000FFu);
-    Strings none;  // empty arrays and vectors delete
-    EXPECT_TRUE(VTPreferences::setIntArrayPref("T", "ints", pair, -1) &&
-                VTPreferences::setStringVectorPref("T", "words", &none));
+    EXPECT_TRUE(P::getBoolPref("T", "on", false) && !P::getBoolPref("T", "off", true));
+    EXPECT_EQ(P::getIntPref("T", "min", 0), INT_MIN);
+    EXPECT_EQ(P::getColorPref("T", "colour", VORT::Color()).getAsRgba(),
+              0xFF8000FFu);  // alpha is lost
+    Strings none;            // empty arrays and vectors delete
+    EXPECT_TRUE(P::setIntArrayPref("T", "ints", pair, -1) &&
+                P::setStringVectorPref("T", "words", &none));
     EXPECT_EQ(Store::m_prefMaps["T"].count("ints") + Store::m_prefMaps["T"].count("words"), 0u);
 
-    // An empty section is ignored by every operation.
     Store::m_prefMaps[""]["k"] = "1";
-    EXPECT_FALSE(VTPreferences::setBoolPref("", "k", true) ||
-                 VTPreferences::setIntPref("", "k", 1) ||
-                 VTPreferences::setRectPref("", "k", 1, 2, 3, 4) ||
-                 VTPreferences::setStringPref("", "k", "x") ||
-                 VTPreferences::setIntArrayPref("", "k", pair, 2) ||
-                 VTPreferences::setStringVectorPref("", "k", &words) ||
-                 VTPreferences::setColorPref("", "k", VORT::Color()) ||
-                 VTPreferences::getBoolPref("", "k", false));
-    VTPreferences::getStringVectorPref("", "k", &words);
+    EXPECT_FALSE(P::setBoolPref("", "k", true) || P::setIntPref("", "k", 1) ||
+                 P::setRectPref("", "k", 1, 2, 3, 4) || P::setStringPref("", "k", "x") ||
+                 P::setIntArrayPref("", "k", pair, 2) || P::setStringVectorPref("", "k", &words) ||
+                 P::setColorPref("", "k", VORT::Color()) || P::getBoolPref("", "k", false));
+    P::getStringVectorPref("", "k", &words);
     EXPECT_EQ(words, (Strings{"a", "b"}));
     EXPECT_EQ(
         text("", "k", "kept", "d") + text("T", "missing", "x", nullptr) + text("", "k", "", "d"),
@@ -208,13 +183,10 @@ TEST_F(Prefs, TypedValuesWriteTheirTextsAndReadThemBack) {
 TEST_F(Prefs, ReadersFallBackOnTextsThatDontParseAndCutListsAsTheWritersLeaveThem) {
     Store::m_loaded = true;
     Store::m_prefMaps["T"] = {{"yes", "yes"}, {"lead", " 42x"}, {"pair", "1 2"}};
-    EXPECT_TRUE(VTPreferences::getBoolPref("T", "yes", true) &&
-                !VTPreferences::getBoolPref("T", "yes", false));
-    EXPECT_EQ(
-        VTPreferences::getIntPref("T", "lead", 5) + VTPreferences::getIntPref("T", "missing", 5),
-        47);
+    EXPECT_TRUE(P::getBoolPref("T", "yes", true) && !P::getBoolPref("T", "yes", false));
+    EXPECT_EQ(P::getIntPref("T", "lead", 5) + P::getIntPref("T", "missing", 5), 47);
     int x = 0, y = 0, w = 0, h = 0;
-    VTPreferences::getRectPref("T", "pair", x, y, w, h, 5, 6, 7, 8);
+    P::getRectPref("T", "pair", x, y, w, h, 5, 6, 7, 8);
     EXPECT_EQ((std::vector<int>{x, y, w, h}), (std::vector<int>{1, 2, 7, 8}));
     VORT::Color fallback;
     fallback.setRGBAFromPackedValue(0x11223344u);
@@ -222,7 +194,7 @@ TEST_F(Prefs, ReadersFallBackOnTextsThatDontParseAndCutListsAsTheWritersLeaveThe
          {std::make_pair(" 1 2 3 x", 0x010203FFu), std::make_pair("300 -5 7", 0xFF0007FFu),
           std::make_pair("255 0", 0x11223344u)}) {
         Store::m_prefMaps["T"]["c"] = stored;
-        EXPECT_EQ(VTPreferences::getColorPref("T", "c", fallback).getAsRgba(), rgba) << stored;
+        EXPECT_EQ(P::getColorPref("T", "c", fallback).getAsRgba(), rgba) << stored;
     }
     // Int arrays: tokens between runs of blanks and commas; a token that isn't a number is 0.
     for (auto const &[stored, expected] :
@@ -230,9 +202,8 @@ TEST_F(Prefs, ReadersFallBackOnTextsThatDontParseAndCutListsAsTheWritersLeaveThe
           std::make_pair(" , ,", std::vector<int>{})}) {
         Store::m_prefMaps["T"]["a"] = stored;
         int count = -1;
-        int *values = VTPreferences::getIntArrayPref("T", "a", count);
-        EXPECT_EQ(std::vector<int>(values, values + count), expected) << stored;
-        delete[] values;
+        std::unique_ptr<int[]> values(P::getIntArrayPref("T", "a", count));
+        EXPECT_EQ(std::vector<int>(values.get(), values.get() + count), expected) << stored;
     }
     // String vectors: the last character is taken as the closing comma, whatever it is.
     for (auto const &[stored, expected] :
@@ -241,52 +212,46 @@ TEST_F(Prefs, ReadersFallBackOnTextsThatDontParseAndCutListsAsTheWritersLeaveThe
           std::make_pair("", Strings{"old"})}) {
         Store::m_prefMaps["T"]["v"] = stored;
         Strings read = {"old"};
-        VTPreferences::getStringVectorPref("T", "v", &read);
+        P::getStringVectorPref("T", "v", &read);
         EXPECT_EQ(read, expected) << stored;
     }
 }
 
 TEST_F(Prefs, AReleaseChangeConvertsOldColoursAndDropsTreeRecordsAndSavesThat) {
-    const struct {
-        const char *file, *host;  // the releases; null: none
-        bool converts;
-    } cases[] = {{"1", "R", true},
-                 {"2000", "R", false},
-                 {nullptr, "R", false},
-                 {"1", nullptr, true},
-                 {"R", "R", false}};
-    for (auto const &c : cases) {
-        SCOPED_TRACE(std::string(c.file ? c.file : "-") + (c.host ? c.host : "-"));
-        Store::reset();
-        useContext(dir.string(), c.host ? std::optional<std::string>(c.host) : std::nullopt);
-        write((c.file ? std::string("[General]\nTessarRelease=") + c.file + "\n" : "") +
+    // The file's release and the host's (null: none), and whether old colours convert.
+    const std::tuple<const char *, const char *, bool> cases[] = {{"1", "R", true},
+                                                                  {"2000", "R", false},
+                                                                  {nullptr, "R", false},
+                                                                  {"1", nullptr, true},
+                                                                  {"R", "R", false}};
+    for (auto const &[old, host, converts] : cases) {
+        SCOPED_TRACE(std::string(old ? old : "-") + (host ? host : "-"));
+        use(dir.c_str(), host);
+        write((old ? std::string("[General]\nTessarRelease=") + old + "\n" : "") +
               "[SyntaxHighlighting]\nkeyword=1 0 0.5\nodd=0.5 x\nhuge=1e300 -1e300 -0.001\n"
               "[Nexlark Tree "
               "Browser]\nTBTreeClassRecord_A=1\nTBTreeClassRecord_B=2\nwidth=3\nTBTreeClass=4\n");
-        ASSERT_TRUE(VTPreferences::loadPrefs());
+        ASSERT_TRUE(P::loadPrefs());
         Table expected = {
             {"Nexlark Tree Browser", {{"width", "3"}, {"TBTreeClass", "4"}}},
             {"SyntaxHighlighting",
              {{"keyword", "1 0 0.5"}, {"odd", "0.5 x"}, {"huge", "1e300 -1e300 -0.001"}}}};
-        if (c.converts) {
+        if (converts) {
             expected["SyntaxHighlighting"] = {
                 {"keyword", "255 0 128"}, {"odd", "128 0 0"}, {"huge", "2147483647 -2147483648 0"}};
         }
-        expected["General"];
-        if (c.host) {
-            expected["General"]["TessarRelease"] = c.host;
+        if (old && host && std::string(old) == host) {
+            expected["Nexlark Tree Browser"].insert(
+                {{"TBTreeClassRecord_A", "1"}, {"TBTreeClassRecord_B", "2"}});
         }
-        if (c.file && c.host && std::string(c.file) == c.host) {
-            expected["Nexlark Tree Browser"]["TBTreeClassRecord_A"] = "1";
-            expected["Nexlark Tree Browser"]["TBTreeClassRecord_B"] = "2";
+        if (host) {
+            expected["General"]["TessarRelease"] = host;
         }
+        EXPECT_FALSE(Store::m_dirty);                    // the migration saved what it did
+        Store::m_prefMaps.erase(host ? "" : "General");  // an emptied section isn't saved
         EXPECT_EQ(Store::m_prefMaps, expected);
-        EXPECT_FALSE(Store::m_dirty);  // the migration saved what it did
-        Store::reset();
-        ASSERT_TRUE(VTPreferences::loadPrefs());
-        if (!c.host) {
-            expected.erase("General");  // an emptied section isn't saved
-        }
+        use(dir.c_str(), host);
+        ASSERT_TRUE(P::loadPrefs());
         EXPECT_EQ(Store::m_prefMaps, expected);
     }
 }
@@ -294,44 +259,37 @@ TEST_F(Prefs, AReleaseChangeConvertsOldColoursAndDropsTreeRecordsAndSavesThat) {
 // A save killed at any moment leaves the old file or the new one whole. The saves run in a child
 // process, so that it can be killed without touching the test.
 TEST_F(Prefs, AKilledSaveLeavesTheOldOrTheNewFileWhole) {
-    Table tables[2];
-    std::string texts[2];
-    for (int i : {1, 0}) {
-        for (int s = 0; s < 10000; ++s) {  // about 1 MB
-            tables[i]["S" + std::to_string(s / 500)]["k" + std::to_string(s)] =
-                std::string(100, 'a' + i);
+    const auto fill = [](int version) {  // about 1 MB
+        for (int s = 0; s < 10000; ++s) {
+            Store::m_prefMaps["S" + std::to_string(s / 500)]["k" + std::to_string(s)] =
+                std::string(100, 'a' + version);
         }
-        Store::m_prefMaps = tables[i];
         Store::m_dirty = true;
-        ASSERT_TRUE(VTPreferences::savePrefs());
-        texts[i] = readFile(file());
+        return P::savePrefs();
+    };
+    std::string texts[2];
+    for (int version : {0, 1}) {
+        ASSERT_TRUE(fill(version));
+        texts[version] = readFile(file());
     }
-    for (int round = 1; round <= 4; ++round) {
-        int pipeEnds[2];
-        ASSERT_EQ(::pipe(pipeEnds), 0);
+    for (int round = 1; round <= 3; ++round) {
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
         const pid_t child = ::fork();
-        ASSERT_NE(child, -1);
-        if (child == 0) {  // saves the two tables in turn, telling of each start, until killed
-            for (int i = 1; i < 10000; ++i) {
-                Store::m_prefMaps = tables[i % 2];
-                Store::m_dirty = true;
-                if (::write(pipeEnds[1], "s", 1) != 1 || !VTPreferences::savePrefs()) {
-                    ::_exit(3);
-                }
+        for (int version = 0; child == 0; version = 1 - version) {  // tells of each save it begins
+            if (::write(ends[1], "s", 1) != 1 || !fill(version)) {
+                ::_exit(3);
             }
-            ::_exit(0);
         }
         char signal = 0;
-        bool told = true;
-        for (int begun = 0; begun < round && told; ++begun) {  // each round kills a later save
-            told = ::read(pipeEnds[0], &signal, 1) == 1;
+        for (int begun = 0; begun < round; ++begun) {  // each round kills a later save
+            EXPECT_EQ(::read(ends[0], &signal, 1), 1);
         }
         ::kill(child, SIGKILL);
         int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        ::close(pipeEnds[0]);
-        ::close(pipeEnds[1]);
-        ASSERT_TRUE(told && WIFSIGNALED(status));
+        EXPECT_TRUE(::waitpid(child, &status, 0) == child && WIFSIGNALED(status));
+        ::close(ends[0]);
+        ::close(ends[1]);
         const std::string now = readFile(file());
         EXPECT_TRUE(now == texts[0] || now == texts[1]) << now.size() << " bytes, neither version";
     }
