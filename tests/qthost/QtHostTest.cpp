@@ -71,25 +71,6 @@ bool runEventsUntil(const std::function<bool()> &done, int milliseconds = 10000)
     return done();
 }
 
-// Runs `atStart`, then its event loop until it is destroyed.
-struct EventThread : QThread {
-    EventThread(const char *name, std::function<void()> start) : atStart(std::move(start)) {
-        setObjectName(QLatin1String(name));
-        QThread::start();
-    }
-    ~EventThread() override {
-        quit();
-        wait();
-    }
-    void run() override {
-        atStart();
-        started.countDown();
-        exec();
-    }
-    std::function<void()> atStart;
-    vort_test::Latch started{1};
-};
-
 TEST(QtApplicationContext, AnswersFromTheApplicationAndMakesTheDirectoryOnlyWhenAsked) {
     ApplicationContext context;
     QTemporaryDir scratch;
@@ -105,7 +86,6 @@ TEST(QtApplicationContext, AnswersFromTheApplicationAndMakesTheDirectoryOnlyWhen
               nullptr);
     EXPECT_TRUE(
         warned({"ApplicationContext", "can't make the preferences directory", "file/p"}, true));
-    EXPECT_EQ(ApplicationContext{QString()}.getPreferencesDirectory(true), nullptr);
 
     EXPECT_TRUE(context.isFeatureEnabled("never registered") && context.isFeatureEnabled(nullptr));
     EXPECT_FALSE(context.setFeatureValue("never registered", 1) ||
@@ -137,7 +117,6 @@ TEST(QtHostConcurrency, TranslationsAndFeaturesServeManyThreads) {
     QCoreApplication::installTranslator(&french);
     const char *translated = translation.translate(untitled);
     EXPECT_STREQ(translated, "Sans titre");
-    EXPECT_EQ(Translation("Tools").translate(untitled), untitled);  // a context of its own
     ApplicationContext context;
     std::vector<const char *> texts(4, nullptr);
     vort_test::runTogether(4, [&](int t) {
@@ -214,12 +193,20 @@ TEST(MessageThread, NamesShareAThreadsWakeUpUntilTheLastLeavesAndMisuseIsReporte
     auto second = std::make_unique<MessageThread>("qthost-second");
     EXPECT_EQ(VTMS::Thread::getNamedThread("qthost-second"), first->thread());
     MessageThread *strayed = nullptr;
-    EventThread worker("registering-worker",
-                       [&] { strayed = new MessageThread("qthost-strayed"); });
-    ASSERT_TRUE(worker.started.wait() && strayed->isValid());
+    vort_test::Latch registered(1);
+    std::unique_ptr<QThread> worker(QThread::create([&] {
+        strayed = new MessageThread("qthost-strayed");
+        registered.countDown();
+        QEventLoop().exec();  // until quit, to take the registration's leftovers
+    }));
+    worker->setObjectName(QStringLiteral("registering-worker"));
+    worker->start();
+    ASSERT_TRUE(registered.wait() && strayed->isValid());
     EXPECT_NE(strayed->thread(), first->thread());
     delete strayed;
     EXPECT_TRUE(warned({"'qthost-strayed'", "unregistered on", "registering-worker"}, true));
+    worker->quit();
+    EXPECT_TRUE(worker->wait(10000));
     MessageThread nameless("");
     EXPECT_TRUE(!nameless.isValid() && nameless.thread() == nullptr);
     EXPECT_TRUE(warned({"MessageThread", "needs a name"}, true));
@@ -282,19 +269,6 @@ TEST(TimerService, TimersSignalUntilStoppedRunOutOrTerminatedAndOutliveTheirHand
     VTService<VTServices::TessarTimerService>::install(nullptr);
     runEventsUntil([] { return false; }, 40);
     EXPECT_FALSE(warned({"destroyed on"}));
-}
-
-TEST(TimerService, UseFromAnotherThreadThanTheMakersIsReportedAndIgnored) {
-    TimerService *service = nullptr;
-    EventThread worker("timer-worker", [&] { service = new TimerService; });
-    ASSERT_TRUE(worker.started.wait() && service->thread() == &worker);
-    TessarTimer timer = service->createTimer();
-    service->startRepeatingTimer(timer, 10);
-    EXPECT_TRUE(!service->isTimerActive(timer) && service->activeTimerCount() == 0);
-    EXPECT_TRUE(warned({"startRepeatingTimer", "called on", "but the timers belong to",
-                        "thread 'timer-worker'", "the call is ignored"}));
-    delete service;  // on the wrong thread, with no timer running: reported, and safe
-    EXPECT_TRUE(warned({"TimerService", "destroyed on", "thread 'timer-worker'"}, true));
 }
 
 TEST(Services, InstallWhatIsMissingAndTakeOutOnlyThat) {
