@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -68,18 +67,6 @@ TEST_F(Timer, ScopedTimersReportAndScoreARunningMeasurementOnce) {
     { ScopedDebugTimer quiet(nullptr, 3, nullptr, ScopedDebugTimer::kNoReport, true, false, true); }
     EXPECT_EQ(platform.debugOutput() + platform.consoleOutput(), "");
     EXPECT_EQ(fetchScoreData("Line(3) in file: ").m_count, 1u);
-    {
-        ScopedDebugTimer timer("us.cpp", 5, nullptr, 0, true, true, true);
-        const U64 start = ComputeMicrosecondTime();
-        while (ComputeMicrosecondTime() - start < 2500) {  // spins on the clock alone
-        }
-    }
-    unsigned long ms = 0, us = 0;
-    EXPECT_EQ(std::sscanf(platform.debugOutput().c_str(),
-                          "us.cpp (5) : Time was (%lu) ms (%lu) us.", &ms, &us),
-              2);
-    EXPECT_TRUE(ms == us / 1000 && us >= 2500);
-    EXPECT_DOUBLE_EQ(fetchScoreData("Line(5) in file: us.cpp").m_total, us / 1000.0);
 }
 
 // Ticks at 100, 200 and 1000 stay in the first session (its end is not past 1000); the tick at
@@ -131,9 +118,7 @@ TEST_F(Timer, SessionsGoToTheCallbackOrAReportBlockWhereAsked) {
     a.SetOnNewSessionCallback([](TimeAccumulator *t) { g_calls.push_back(t); });
     a.Tick(10, false);
     a.Tick(1500, false);
-    TimeAccumulator copy(a);  // copies carry everything, the callback included
-    copy.Tick(3000, false);
-    EXPECT_EQ(g_calls, (std::vector<TimeAccumulator *>{&a, &copy}));
+    EXPECT_EQ(g_calls, std::vector<TimeAccumulator *>{&a});
 
     const std::string block =
         "\n---------------\nTimer: paint 100%%\nSession at time: 900\nFPS            : 3\n"
