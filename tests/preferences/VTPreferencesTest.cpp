@@ -57,7 +57,7 @@ protected:
         use(dir.c_str(), "R");
     }
     void TearDown() override {
-        use(nullptr, nullptr);
+        VTServices::VTService<VTServices::ApplicationContext>::install(nullptr);
         std::filesystem::remove_all(dir);
     }
     static void use(const char *directory, const char *release) {
@@ -235,27 +235,25 @@ TEST_F(Prefs, AKilledSaveLeavesTheOldOrTheNewFileWhole) {
         ASSERT_TRUE(fill(version));
         texts[version] = readFile(file());
     }
-    for (int round = 1; round <= 3; ++round) {
-        int ends[2];
-        ASSERT_EQ(::pipe(ends), 0);
-        const pid_t child = ::fork();
-        for (int version = 0; child == 0; version = 1 - version) {  // tells of each save it begins
-            if (::write(ends[1], "s", 1) != 1 || !fill(version)) {
-                ::_exit(3);
-            }
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t child = ::fork();
+    for (int version = 0; child == 0; version = 1 - version) {  // tells of each save it begins
+        if (::write(ends[1], "s", 1) != 1 || !fill(version)) {
+            ::_exit(3);
         }
-        char signal = 0;
-        for (int begun = 0; begun < round; ++begun) {  // each round kills a later save
-            EXPECT_EQ(::read(ends[0], &signal, 1), 1);
-        }
-        ::kill(child, SIGKILL);
-        int status = 0;
-        EXPECT_TRUE(::waitpid(child, &status, 0) == child && WIFSIGNALED(status));
-        ::close(ends[0]);
-        ::close(ends[1]);
-        const std::string now = readFile(file());
-        EXPECT_TRUE(now == texts[0] || now == texts[1]) << now.size() << " bytes, neither version";
     }
+    char signal = 0;
+    for (int begun = 0; begun < 3; ++begun) {  // kills the third save, just after it began
+        EXPECT_EQ(::read(ends[0], &signal, 1), 1);
+    }
+    ::kill(child, SIGKILL);
+    int status = 0;
+    EXPECT_TRUE(::waitpid(child, &status, 0) == child && WIFSIGNALED(status));
+    ::close(ends[0]);
+    ::close(ends[1]);
+    const std::string now = readFile(file());
+    EXPECT_TRUE(now == texts[0] || now == texts[1]) << now.size() << " bytes, neither version";
 }
 
 }  // namespace
