@@ -114,9 +114,6 @@ TEST_F(Prefs, LoadsOnceRetriesAfterAMissingFileAndNeedsAPlace) {
         use(directory, "R");
         EXPECT_EQ(Store::getPrefFileName(), name);
     }
-    use(nullptr, "R");  // no place: nothing can be read, saved or cleared
-    EXPECT_TRUE(P::setStringPref("A", "k", "v") && text("A", "k", "", "") == "v");
-    EXPECT_FALSE(P::savePrefs() || P::clearPrefs() || !Store::m_dirty);
 }
 
 TEST_F(Prefs, WritesTypedTextsSortedAfterTheHeaderReadsThemBackAndMarksOnlyRealChanges) {
