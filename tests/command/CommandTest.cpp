@@ -9,9 +9,7 @@
 #include <map>
 #include <set>
 #include <sstream>
-#include <string>
 #include <tuple>
-#include <vector>
 
 using namespace VORT;
 

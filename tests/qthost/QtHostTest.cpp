@@ -22,10 +22,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <memory>
-#include <mutex>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -65,7 +61,16 @@ bool runEventsUntil(const std::function<bool()> &done, int milliseconds = 10000)
     return done();
 }
 
-TEST(QtApplicationContext, AnswersFromTheApplicationAndMakesTheDirectoryOnlyWhenAsked) {
+// Translates "Untitled" of the library's context into French.
+struct French : QTranslator {
+    bool isEmpty() const override { return false; }
+    QString translate(const char *context, const char *source, const char *, int) const override {
+        const bool known = qstrcmp(context, "VortUtil") == 0 && qstrcmp(source, "Untitled") == 0;
+        return known ? QStringLiteral("Sans titre") : QString();
+    }
+};
+
+TEST(QtHostConcurrency, ContextMakesItsDirectoryOnlyWhenAskedAndServesFeaturesAndTranslations) {
     ApplicationContext context;
     QTemporaryDir scratch;
     const QString wanted = scratch.filePath(QStringLiteral("deep/er"));
@@ -90,18 +95,6 @@ TEST(QtApplicationContext, AnswersFromTheApplicationAndMakesTheDirectoryOnlyWhen
     EXPECT_TRUE(context.setFeatureValue("Quiet", 0) && !context.isFeatureEnabled("Quiet"));
     context.registerFeature(nullptr, 1, nullptr);
     EXPECT_TRUE(warned({"registerFeature without a name"}, true));
-}
-
-// Translates "Untitled" of the library's context into French.
-struct French : QTranslator {
-    bool isEmpty() const override { return false; }
-    QString translate(const char *context, const char *source, const char *, int) const override {
-        const bool known = qstrcmp(context, "VortUtil") == 0 && qstrcmp(source, "Untitled") == 0;
-        return known ? QStringLiteral("Sans titre") : QString();
-    }
-};
-
-TEST(QtHostConcurrency, TranslationsAndFeaturesServeManyThreads) {
     Translation translation;
     const char untitled[] = "Untitled";
     EXPECT_EQ(translation.translate(untitled), untitled) << "no translator: the very pointer";
@@ -109,7 +102,6 @@ TEST(QtHostConcurrency, TranslationsAndFeaturesServeManyThreads) {
     QCoreApplication::installTranslator(&french);
     const char *translated = translation.translate(untitled);
     EXPECT_STREQ(translated, "Sans titre");
-    ApplicationContext context;
     std::vector<const char *> texts(4, nullptr);
     vort_test::runTogether(4, [&](int t) {
         const std::string own = "Feature" + std::to_string(t);
