@@ -77,16 +77,15 @@ TEST(UndoRedoCommandTarget, FollowsASessionOfEveryKindOfStep) {
     ErrorHolder holder;
     std::string verb, how;
     int id = 0;
+    const auto level = [&] { return id ? commands[id]->getChangeLevel().value() : 0UL; };
     const std::map<std::string, std::function<void()>> verbs = {
         {"do", [&] { target->processCommand(commands[id] = new Logged(id, how), holder); }},
         {"stale",
          [&] { holder.setError(SimpleErrorDescription(CodeLocation("x", 1), "earlier")); }},
         {"undo", [&] { target->undo(holder); }},
         {"redo", [&] { target->redo(holder); }},
-        {"to",
-         [&] { target->undoToChangeLevel(id ? commands[id]->getChangeLevel() : 0UL, holder); }},
-        {"below",
-         [&] { target->undoToChangeLevel(commands[id]->getChangeLevel().value() - 1, holder); }},
+        {"to", [&] { target->undoToChangeLevel(level(), holder); }},
+        {"below", [&] { target->undoToChangeLevel(level() - 1, holder); }},
         {"depth", [&] { target->setMaxUndoDepth(id); }},
         {"clean", [&] { target->markClean(); }}};
     for (auto const &[steps, fails, expected] : kSession) {

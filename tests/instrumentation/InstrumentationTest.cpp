@@ -117,7 +117,6 @@ TEST_F(Timer, SessionsGoAsAReportBlockWhereAsked) {
         b.SetName("paint 100%%");
         b.SetDumpWindowsPerUpdate(windows);
         b.SetDumpTessarPerUpdate(!windows);
-        b.SetDumpTessarPerUpdate(!windows);  // setting a switch again changes nothing
         for (U64 start : {100, 600, 900}) {
             b.StartTracking(start);
             b.StopTracking(start + (start == 100 ? 5 : start == 600 ? 15 : 10));

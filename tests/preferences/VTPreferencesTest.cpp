@@ -64,9 +64,7 @@ protected:
     }
     void write(const std::string &bytes) { std::ofstream(file(), std::ios::binary) << bytes; }
     std::string file() const { return dir + "/nexlark.prf"; }
-    const std::string dir =
-        (std::filesystem::temp_directory_path() / ("vort-prefs-" + std::to_string(::getpid())))
-            .string();
+    const std::string dir = "/tmp/vort-prefs-" + std::to_string(::getpid());
 };
 
 TEST(PreferencesFuzzer, ReplaysTheKeptCorpus) {
@@ -81,7 +79,6 @@ TEST_F(Prefs, ReaderTakesEachFileTextIntoItsTable) {
         {"[A]\nk=\n\n   next line\nm=n\n", {{"A", {{"k", "next line"}, {"m", "n"}}}}},
         {"k=v\n[A]\nm=n\n", {}},  // a key above the first section swallows the file
         {"[A]\nk =  v w \n", {{"A", {{"k ", "v w "}}}}},
-        {"[A]x=1\r\n", {{"A", {{"x", "1\r"}}}}},
         {"[A]\nk=v\n[B]\nk=w\n[A]\nk=z\n", {{"A", {{"k", "z"}}}, {"B", {{"k", "w"}}}}},
         {"[A]\nfoo\nbar=baz\n", {{"A", {{"foo\nbar", "baz"}}}}},
         {"#" + x + "\n[" + x + "]\n" + x + "=" + x + "\n", {{x, {{x, x}}}}},
