@@ -92,7 +92,6 @@ TEST(QtHostConcurrency, ContextMakesItsDirectoryOnlyWhenAskedAndServesFeaturesAn
     EXPECT_TRUE(context.setFeatureValue("Quiet", 0) && !context.isFeatureEnabled("Quiet"));
     Translation translation;
     const char untitled[] = "Untitled";
-    EXPECT_EQ(translation.translate(untitled), untitled) << "no translator: the very pointer";
     French french;
     QCoreApplication::installTranslator(&french);
     const char *translated = translation.translate(untitled);
