@@ -1,148 +1,137 @@
-#include "command/TestCommands.h"
+#include "support/Latch.h"
 #include <vort/bones/Library.h>
-#include <vort/command/Command.h>
+#include <vort/command/CommandTarget.h>
 #include <vort/err/ErrorHolder.h>
-#include <vort/err/ZQFErrorDescription.h>
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-#include <string>
+#include <functional>
+#include <map>
+#include <set>
+#include <sstream>
+#include <tuple>
 
-using VORT::ChangeLevel;
-using VORT::Command;
-using VORT::ErrorHolder;
-using vort_test::Outcome;
-using vort_test::TestCommand;
+using namespace VORT;
 
 namespace {
 
-// The least a concrete command must supply.
-class BareCommand : public Command {
-public:
-    std::string shortDescription() const override { return "bare"; }
-    int done = 0;
+const char kBadState[] = "Command not in an appropriate state for request.";
+std::string g_log;  // the handler calls ("do 3") and deletions ("~3") of the commands below
+int g_failing = 0;  // the command whose handlers fail
 
-protected:
-    void handleDo(ErrorHolder &) override { ++done; }
+struct Logged : Command {
+    Logged(int id, std::string how) : id(id), how(std::move(how)) {}
+    ~Logged() override { log("~"); }
+    bool canUndo() override { return how != "once"; }
+    bool canRedo() override { return how != "final"; }
+    std::string shortDescription() const override { return std::to_string(id); }
+    void handleDo(ErrorHolder &holder) override { run("do ", holder); }
+    void handleUndo(ErrorHolder &holder) override { run("undo ", holder); }
+    void handleRedo(ErrorHolder &holder) override { run("redo ", holder); }
+    void log(std::string const &what) {
+        g_log += (g_log.empty() ? "" : " ") + what + std::to_string(id);
+    }
+    void run(std::string const &step, ErrorHolder &holder) {
+        log(step);
+        if (id == g_failing) {
+            holder.setError(SimpleErrorDescription(CodeLocation("t", 1), step + "failed"));
+        }
+    }
+    int id;
+    std::string how;
+};
+
+// The actions of a step, run with one holder: "do N" (with "once": can't be undone; "final":
+// can't be redone), "stale" (an error in the holder), "undo", "redo", "to N" and "below N" (undo to
+// command N's level, or one under it), "depth N" and "clean". Command `fails` fails throughout the
+// step. Then the log of the step = the commands on top of the undo|redo stacks, whether the target
+// is dirty ! and the error.
+using Step = std::tuple<const char *, int, const char *>;
+const Step kSession[] = {
+    {"undo; redo; to 0", 0, " = |"},
+    {"do 1; do 2; do 3; clean", 0, "do 1 do 2 do 3 = 3|"},
+    {"undo; do 4", 0, "undo 3 do 4 ~3 = 4| dirty"},     // a new command clears the redo stack
+    {"do 5", 5, "do 5 = 4| dirty ! do failed"},         // left with the caller
+    {"undo", 4, "undo 4 = 4| dirty ! undo failed"},     // stays on top for a retry
+    {"stale; undo", 0, "undo 4 = 4| dirty ! earlier"},  // an earlier error reads as failure
+    {"undo", 0, "undo 4 = 2|4 dirty"},
+    {"redo", 4, "redo 4 = 2|4 dirty ! redo failed"},
+    {"redo; do 6 final; do 7; undo", 0, "redo 4 do 6 do 7 undo 7 = 6|7 dirty"},
+    {"undo", 0, "undo 6 ~7 = 4| dirty"},  // 6 can't be redone: it goes nowhere, 7 with it
+    {"to 1", 0, "undo 4 undo 2 = 1|2 dirty"},
+    {"below 1", 0, " = 1|2 dirty ! We do not have undo information far enough back."},
+    {"redo; redo", 0, "redo 2 redo 4 = 4| dirty"},
+    {"to 1", 2, "undo 4 undo 2 = 2|4 dirty ! undo failed"},  // stops at the failure
+    {"redo; depth 0", 0, "redo 4 ~1 ~2 ~4 = | dirty"},       // trims at once, oldest first
+    {"depth 20; do 11; do 12; clean; do 13 once", 0, "do 11 do 12 do 13 ~12 ~11 = | dirty"},
+    {"clean; do 15 once", 0, "do 15 = |"},  // saved on an empty stack: clean
+    {"do 16; do 17; undo", 0, "do 16 do 17 undo 17 = 16|17 dirty"},
 };
 
 }  // namespace
 
-TEST(Command, FollowsTheLifeTableForEveryStateOperationAndOutcome) {
-    enum Op { DoIt, Undo, Redo };
-    struct Row {
-        Command::State from;
-        Op op;
-        Outcome handler;
-        bool earlierError;  // the holder comes in with an error already
-        Command::State to;
-        const char *log;  // the handler call, or "" if the handler wasn't called
-        const char *error;
-    };
-    const char bad[] = "Command not in an appropriate state for request.";
-    const Row rows[] = {
-        {Command::NotDone, DoIt, Outcome::Succeed, false, Command::Done, "do 1", ""},
-        {Command::NotDone, DoIt, Outcome::Fail, false, Command::NotDone, "do 1", "do failed"},
-        {Command::NotDone, DoIt, Outcome::Throw, false, Command::NotDone, "do 1", "threw"},
-        {Command::NotDone, DoIt, Outcome::Succeed, true, Command::NotDone, "do 1", "earlier"},
-        {Command::Done, Undo, Outcome::Succeed, false, Command::Undone, "undo 1", ""},
-        {Command::Done, Undo, Outcome::Fail, false, Command::Done, "undo 1", "undo failed"},
-        {Command::Done, Undo, Outcome::Throw, false, Command::Done, "undo 1", "threw"},
-        {Command::Done, Undo, Outcome::Succeed, true, Command::Done, "undo 1", "earlier"},
-        {Command::Undone, Redo, Outcome::Succeed, false, Command::Done, "redo 1", ""},
-        {Command::Undone, Redo, Outcome::Fail, false, Command::Undone, "redo 1", "redo failed"},
-        {Command::Undone, Redo, Outcome::Throw, false, Command::Undone, "redo 1", "threw"},
-        {Command::NotDone, Undo, Outcome::Succeed, false, Command::NotDone, "", bad},
-        {Command::NotDone, Redo, Outcome::Succeed, true, Command::NotDone, "", bad},
-        {Command::Done, DoIt, Outcome::Succeed, false, Command::Done, "", bad},
-        {Command::Done, Redo, Outcome::Succeed, false, Command::Done, "", bad},
-        {Command::Undone, DoIt, Outcome::Succeed, false, Command::Undone, "", bad},
-        {Command::Undone, Undo, Outcome::Succeed, false, Command::Undone, "", bad},
-    };
+TEST(UndoRedoCommandTarget, FollowsASessionOfEveryKindOfStep) {
     initialize_vort_util();
-    int index = 0;
-    for (const Row &row : rows) {
-        SCOPED_TRACE("row " + std::to_string(index++));
-        std::vector<std::string> log;
-        TestCommand command(log, 1);
-        ErrorHolder setUp;
-        if (row.from != Command::NotDone) {
-            command.doIt(setUp);
+    std::map<int, Logged *> commands;
+    auto target = std::make_unique<UndoRedoCommandTarget>();
+    ErrorHolder holder;
+    std::string verb, how;
+    int id = 0;
+    const auto level = [&] { return id ? commands[id]->getChangeLevel().value() : 0UL; };
+    const std::map<std::string, std::function<void()>> verbs = {
+        {"do", [&] { target->processCommand(commands[id] = new Logged(id, how), holder); }},
+        {"stale",
+         [&] { holder.setError(SimpleErrorDescription(CodeLocation("x", 1), "earlier")); }},
+        {"undo", [&] { target->undo(holder); }},
+        {"redo", [&] { target->redo(holder); }},
+        {"to", [&] { target->undoToChangeLevel(level(), holder); }},
+        {"below", [&] { target->undoToChangeLevel(level() - 1, holder); }},
+        {"depth", [&] { target->setMaxUndoDepth(id); }},
+        {"clean", [&] { target->markClean(); }}};
+    for (auto const &[steps, fails, expected] : kSession) {
+        SCOPED_TRACE(steps);
+        g_log.clear();
+        g_failing = fails;
+        holder = ErrorHolder();
+        std::istringstream actions(steps);
+        for (std::string action; std::getline(actions >> std::ws, action, ';');) {
+            how.clear();
+            std::istringstream(action) >> verb >> id >> how;
+            verbs.at(verb)();
         }
-        if (row.from == Command::Undone) {
-            command.undo(setUp);
-        }
-        ASSERT_EQ(command.getState(), row.from);
-        log.clear();
-        command.outcome = row.handler;
-        const ChangeLevel levelBefore = command.getChangeLevel();
-        const ChangeLevel seriesBefore = ChangeLevel::next();
-        ErrorHolder holder;
-        if (row.earlierError) {
-            holder.setError(VORT::SimpleErrorDescription(VORT::CodeLocation("x", 1), "earlier"));
-        }
-        try {
-            row.op == DoIt   ? command.doIt(holder)
-            : row.op == Undo ? command.undo(holder)
-                             : command.redo(holder);
-            EXPECT_EQ(holder.what(), row.error);
-        } catch (std::runtime_error const &) {
-            EXPECT_STREQ(row.error, "threw");
-        }
-        EXPECT_EQ(command.getState(), row.to);
-        EXPECT_EQ(log.empty() ? "" : log[0], row.log);
-        if (!log.empty()) {  // the handler sees the state as it was
-            EXPECT_EQ(command.seenState, row.from);
-        }
-        if (row.error == bad) {
-            const auto *zqf = dynamic_cast<VORT::ZQFErrorDescription *>(holder.description());
-            ASSERT_NE(zqf, nullptr);
-            EXPECT_EQ(zqf->getMessageCode(), 0x5A0001UL);
-            EXPECT_EQ(zqf->where().file(), ".\\command\\Command");
-        }
-        // Only an attempted doIt draws a level, before its handler runs, whatever the outcome.
-        if (row.op == DoIt && !log.empty()) {
-            EXPECT_EQ(command.getChangeLevel().value(), seriesBefore.value() + 1);
-            EXPECT_EQ(command.seenLevel, command.getChangeLevel());
-        } else {
-            EXPECT_EQ(command.getChangeLevel(), levelBefore);
-        }
+        const std::string error = holder.what();
+        EXPECT_EQ(g_log + " = " + target->undoLongDescription() + "|" +
+                      target->redoLongDescription() + (target->isDirty() ? " dirty" : "") +
+                      (error.empty() ? "" : " ! " + error),
+                  expected);
     }
+    g_log.clear();
+    target.reset();  // deletes its redo stack, then its undo stack; the rest are the caller's
+    EXPECT_EQ(g_log, "~17 ~16");
+    for (int left : {5, 6, 13, 15}) {
+        delete commands[left];
+    }
+    struct Bare : Command {  // the defaults
+        std::string shortDescription() const override { return "bare"; }
+        void handleDo(ErrorHolder &) override {}
+    } bare;
+    EXPECT_FALSE(bare.canUndo() || bare.canRedo() || bare.longDescription() != "bare");
+    bare.redo(holder);
+    EXPECT_EQ(holder.what(), std::string(kBadState));
 }
 
-TEST(Command, DefaultsMakeAnOrdinaryCommandThatCopiesItsState) {
-    BareCommand command;
-    EXPECT_EQ(command.getChangeLevel(), ChangeLevel(ChangeLevel::INVALID));
-    EXPECT_FALSE(command.canUndo() || command.canRedo());
-    EXPECT_EQ(command.longDescription(), "bare");
-    ErrorHolder holder;
-    command.doIt(holder);
-    command.undo(holder);  // the default undo and redo handlers do nothing and succeed
-    command.redo(holder);
-    EXPECT_FALSE(holder.hasError());
-    EXPECT_EQ(command.done, 1);
-    BareCommand copy(command);
-    BareCommand assigned;
-    assigned = command;
-    for (const BareCommand *c : {&copy, &assigned}) {
-        EXPECT_EQ(c->getState(), Command::Done);
-        EXPECT_EQ(c->getChangeLevel(), command.getChangeLevel());
+TEST(ChangeLevelConcurrency, NextHandsOutOneUnbrokenRunAcrossThreads) {
+    constexpr int kThreads = 4, kDraws = 5000;
+    std::vector<unsigned long> drawn[kThreads];
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int i = 0; i < kDraws; ++i) {
+            drawn[t].push_back(ChangeLevel::next().value());
+        }
+    });
+    std::set<unsigned long> all;
+    for (auto const &own : drawn) {
+        all.insert(own.begin(), own.end());
     }
-
-    // A command that always claims to be done: doIt is refused, undo is let through.
-    class AlwaysDone : public BareCommand {
-    public:
-        State getState() const override { return Done; }
-    };
-    initialize_vort_util();
-    AlwaysDone always;
-    always.doIt(holder);
-    EXPECT_EQ(always.done, 0);
-    EXPECT_TRUE(holder.hasError());
-    ErrorHolder second;
-    always.undo(second);
-    always.undo(second);
-    EXPECT_FALSE(second.hasError());
-    EXPECT_EQ(always.Command::getState(), Command::Undone);
+    EXPECT_EQ(all.size(), kThreads * kDraws * 1UL) << "a level handed out twice";
+    EXPECT_EQ(*all.rbegin() - *all.begin(), kThreads * kDraws - 1UL) << "a level skipped";
 }
