@@ -64,7 +64,9 @@ protected:
     }
     void write(const std::string &bytes) { std::ofstream(file(), std::ios::binary) << bytes; }
     std::string file() const { return dir + "/nexlark.prf"; }
-    const std::string dir = "/tmp/vort-prefs-" + std::to_string(::getpid());
+    const std::string dir =
+        (std::filesystem::temp_directory_path() / ("vort-prefs-" + std::to_string(::getpid())))
+            .string();
 };
 
 TEST(PreferencesFuzzer, ReplaysTheKeptCorpus) {

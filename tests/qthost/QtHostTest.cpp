@@ -1,17 +1,24 @@
 // The kit works inside a Qt application: one QCoreApplication for every test of this
 // executable, on the main thread, which is also the thread that the kit's services belong to.
 #include "support/Latch.h"
+#include "support/PlatformHooks.h"
 #include <vort/bones/Library.h>
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 #include <vort/qthost/ApplicationContext.h>
+#include <vort/qthost/DatabaseWatcher.h>
 #include <vort/qthost/MessageThread.h>
 #include <vort/qthost/Services.h>
 #include <vort/qthost/TimerService.h>
 #include <vort/qthost/Translation.h>
+#include <vort/xml/Database.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDateTime>
 #include <QtCore/QDeadlineTimer>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QThread>
@@ -254,6 +261,63 @@ TEST(Services, InstallWhatIsMissingAndTakeOutOnlyThat) {
         EXPECT_FALSE(services.installed(Services::Service(Services::Timers | Services::Context)));
     }
     EXPECT_EQ(installed(), 0);
+}
+
+// The database's clock stands still: only the watcher can make it read a file again. Each write
+// stamps a time of its own, so every change is a change in whole seconds however fast the test.
+TEST(DatabaseWatcher, BringsEditsAndNewFoldersToTheNextReadAndFoldsABurst) {
+    vort_test::PlatformCapture platform;
+    platform.setClock(100.0);
+    QTemporaryDir temp;
+    const QString first = QDir(temp.path()).canonicalPath() + QStringLiteral("/première");
+    const QString second = QDir(temp.path()).canonicalPath() + QStringLiteral("/second");
+    const auto write = [](QString const &path, std::string const &bytes, qint64 seconds) {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+               file.write(bytes.data(), static_cast<qint64>(bytes.size())) > 0 && file.flush() &&
+               file.setFileTime(QDateTime::fromSecsSinceEpoch(seconds),
+                                QFileDevice::FileModificationTime);
+    };
+    struct Db : VORT::XMLDB::Database {
+    } db;
+    const auto text = [&db](const char *key) {
+        const auto node = db.getData(key);
+        return node ? node->getValue<std::string>() : "(none)";
+    };
+    ASSERT_TRUE(write(first + "/a.xml", "<A>1</A>", 1000) &&
+                write(second + "/c.xml", "<C>1</C>", 1000));
+    VORT::XMLDB::PathItem firstItem(first.toStdString(), nullptr, nullptr);
+    VORT::XMLDB::PathItem secondItem(second.toStdString(), nullptr, nullptr);
+    db.addPath(&firstItem);
+    EXPECT_EQ(text("A"), "1");
+    DatabaseWatcher watcher(db, 20, 50);
+    const auto watches = [&watcher](QString const &path) {
+        const std::vector<std::string> paths = watcher.watchedPaths();
+        return std::find(paths.begin(), paths.end(), path.toStdString()) != paths.end();
+    };
+    EXPECT_TRUE(watches(first) && watches(first + "/a.xml") && !watches(second));
+
+    // A burst of edits is one check; a file in a new subfolder and a replacing rename are seen.
+    for (int i = 2; i <= 5; ++i) {
+        ASSERT_TRUE(write(first + "/a.xml", "<A>" + std::to_string(i) + "</A>", 1000 + i));
+    }
+    EXPECT_TRUE(runEventsUntil([&] { return text("A") == "5"; }));
+    runEventsUntil([] { return false; }, 150);
+    EXPECT_EQ(watcher.checks(), 1);
+    ASSERT_TRUE(write(first + "/sub/b.xml", "<B>1</B>", 1000));
+    EXPECT_TRUE(runEventsUntil([&] { return text("B") == "1" && watches(first + "/sub/b.xml"); }));
+    ASSERT_TRUE(write(first + "/a.tmp", "<A>6</A>", 3000) && QFile::remove(first + "/a.xml") &&
+                QFile::rename(first + "/a.tmp", first + "/a.xml"));
+    EXPECT_TRUE(runEventsUntil([&] { return text("A") == "6"; }));
+
+    // Folders registered or taken out later are followed within one refresh.
+    db.addPath(&secondItem);
+    EXPECT_TRUE(runEventsUntil([&] { return watches(second); }));
+    ASSERT_TRUE(write(second + "/c.xml", "<C>2</C>", 2000));
+    EXPECT_TRUE(runEventsUntil([&] { return text("C") == "2"; }));
+    db.removePath(first.toStdString());
+    EXPECT_TRUE(runEventsUntil([&] { return !watches(first) && !watches(first + "/a.xml"); }));
 }
 
 }  // namespace
