@@ -4,79 +4,68 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
-#include <vector>
 
 using VORT::Mutex;
 using VORT::MutexLocker;
-using VORT::ReadWriteLock;
 
-TEST(MutexConcurrency, RecursiveMutexNestsOnOneThreadAndStillExcludesOthers) {
-    EXPECT_EQ(int(Mutex::Recursive) * 10 + int(Mutex::NonRecursive), 1);  // the values of Qt's
+// A recursive mutex nests on one thread and still excludes others; both kinds build their
+// record at the first lock, where all first lockers must end up on one record.
+TEST(MutexConcurrency, NestsAndExcludesAndFirstLockersShareOneRecord) {
     Mutex mutex(Mutex::Recursive);
-    vort_test::Latch nested(1);
-    vort_test::Latch release(1);
+    vort_test::Latch nested(1), release(1), entered(1);
     std::thread owner([&] {
-        mutex.lock();
-        mutex.lock();
+        MutexLocker outer(mutex), inner(mutex);
         nested.countDown();
         release.wait();
-        mutex.unlock();
-        mutex.unlock();
     });
     ASSERT_TRUE(nested.wait());
-    vort_test::Latch entered(1);
     std::thread other([&] {
         MutexLocker locker(mutex);
         entered.countDown();
     });
-    EXPECT_FALSE(entered.wait(std::chrono::milliseconds(30)))
-        << "a second thread entered while the owner held the mutex twice";
+    EXPECT_FALSE(entered.wait(std::chrono::milliseconds(30)));
     release.countDown();
     EXPECT_TRUE(entered.wait());
     owner.join();
     other.join();
+    for (int round = 0; round < 10; ++round) {
+        Mutex fresh(round % 2 ? Mutex::Recursive : Mutex::NonRecursive);
+        int guarded = 0;
+        vort_test::runTogether(4, [&](int) {
+            for (int i = 0; i < 100; ++i) {
+                MutexLocker lock(fresh);
+                ++guarded;
+            }
+        });
+        ASSERT_EQ(guarded, 400);
+    }
 }
 
 TEST(ReadWriteLockConcurrency, ReadersShareAndWritersExclude) {
-    ReadWriteLock lock;
-    // Two readers inside at once: each waits, holding its read lock, for the other to arrive.
+    VORT::ReadWriteLock lock;
     vort_test::Latch bothInside(2);
-    auto reader = [&] {
+    int met = 0, total = 0;
+    std::atomic<int> bad{0};
+    vort_test::runTogether(2, [&](int) {
         lock.readLock();
         bothInside.countDown();
-        const bool met = bothInside.wait();
+        const bool both = bothInside.wait();
         lock.unlock();
-        return met;
-    };
-    bool firstMet = false;
-    bool secondMet = false;
-    std::thread first([&] { firstMet = reader(); });
-    std::thread second([&] { secondMet = reader(); });
-    first.join();
-    second.join();
-    EXPECT_TRUE(firstMet);
-    EXPECT_TRUE(secondMet);
-
-    long long total = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 5000; ++i) {
-                if ((i + t) % 4 == 0) {
-                    lock.writeLock();
-                    total += 2;
-                    lock.unlock();
-                } else {
-                    lock.readLock();
-                    EXPECT_EQ(total % 2, 0);
-                    lock.unlock();
-                }
-            }
-        });
-    }
-    for (auto &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(total, 4 * 1250 * 2);
+        lock.writeLock();
+        met += both;
+        lock.unlock();
+    });
+    EXPECT_EQ(met, 2);
+    vort_test::runTogether(4, [&](int t) {
+        for (int i = 0; i < 2000; ++i) {
+            const bool reading = (i + t) % 4 != 0;
+            reading ? lock.readLock() : lock.writeLock();
+            bad += reading && total % 2 != 0;
+            total += reading ? 0 : 2;
+            lock.unlock();
+        }
+    });
+    EXPECT_EQ(total * 10 + bad, 4 * 500 * 2 * 10);
 }

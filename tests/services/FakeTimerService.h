@@ -14,57 +14,44 @@ namespace vort_test {
 
 class FakeTimerService : public VTServices::TessarTimerService {
 public:
-    // One entry per call: "single 7 250", "repeating 7 40", "stop 7".
-    std::vector<std::string> events;
+    using TessarTimerService::getTimerID;
+    using TessarTimerService::signal;
+    std::vector<std::string> events;  // "single 7 250", "repeating 7 40", "stop 7"
+    // Holds a handle on each running timer, and whether it repeats, as a host's table does.
+    std::map<unsigned int, std::pair<VORT::TessarTimer, bool>> active;
 
-    static unsigned int idOf(VORT::TessarTimer const &timer) { return getTimerID(timer); }
-    static void signalNow(VORT::TessarTimer const &timer) { signal(timer); }
-
-    void startSingleTimer(VORT::TessarTimer timer, int milliseconds) override {
-        start(timer, "single ", milliseconds);
-    }
-    void startRepeatingTimer(VORT::TessarTimer timer, int milliseconds) override {
-        start(timer, "repeating ", milliseconds);
+    void startSingleTimer(VORT::TessarTimer timer, int ms) override { start(timer, "single", ms); }
+    void startRepeatingTimer(VORT::TessarTimer timer, int ms) override {
+        start(timer, "repeating", ms);
     }
     void stopTimer(VORT::TessarTimer timer) override {
         events.push_back("stop " + std::to_string(getTimerID(timer)));
-        m_active.erase(getTimerID(timer));
+        active.erase(getTimerID(timer));
     }
     bool isTimerActive(VORT::TessarTimer timer) override {
-        return m_active.count(getTimerID(timer)) != 0;
+        return active.count(getTimerID(timer)) != 0;
     }
-
-    // Runs out the active timer `id`: a single timer stops, then the timer is signalled. False if
-    // the timer isn't active.
+    // Runs out the active timer `id` (a single one stops first); false if it isn't active.
     bool fire(unsigned int id) {
-        const auto found = m_active.find(id);
-        if (found == m_active.end()) {
+        const auto found = active.find(id);
+        if (found == active.end()) {
             return false;
         }
         const VORT::TessarTimer timer = found->second.first;
-        if (!found->second.second) {
-            m_active.erase(found);
-        }
+        found->second.second ? void() : void(active.erase(found));
         signal(timer);
         return true;
     }
     // The timer of the latest start or stop.
-    unsigned int last() const {
-        const std::string &event = events.back();
-        return static_cast<unsigned int>(std::stoul(event.substr(event.find(' ') + 1)));
-    }
-    int activeCount() const { return static_cast<int>(m_active.size()); }
+    unsigned int last() const { return std::stoul(events.back().substr(events.back().find(' '))); }
 
 private:
-    void start(VORT::TessarTimer const &timer, const char *kind, int milliseconds) {
+    void start(VORT::TessarTimer const &timer, const std::string &kind, int ms) {
         const unsigned int id = getTimerID(timer);
-        events.push_back(kind + std::to_string(id) + " " + std::to_string(milliseconds));
-        m_active.erase(id);
-        m_active.emplace(id, std::make_pair(timer, *kind == 'r'));
+        events.push_back(kind + " " + std::to_string(id) + " " + std::to_string(ms));
+        active.erase(id);
+        active.emplace(id, std::make_pair(timer, kind == "repeating"));
     }
-
-    // Holds a handle on each running timer, as a host's table of native timers does.
-    std::map<unsigned int, std::pair<VORT::TessarTimer, bool>> m_active;
 };
 
 }  // namespace vort_test
