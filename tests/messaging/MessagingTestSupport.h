@@ -8,8 +8,6 @@
 #include <vort/messaging/Emitter.h>
 #include <vort/messaging/Thread.h>
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <deque>
 #include <functional>
@@ -26,13 +24,13 @@ public:
         call([this] { m_record = VTMS::Thread::getCurrentThread(); });
     }
     ~ServiceThread() {
-        s_registered.compare_exchange_strong(m_self, nullptr);
+        ServiceThread *self = this;
+        s_registered.compare_exchange_strong(self, nullptr);
         run(nullptr);
         m_thread.join();
     }
     VTMS::Thread *record() const { return m_record; }
     std::thread::id id() const { return m_thread.get_id(); }
-
     // A null task ends the thread.
     void run(std::function<void()> task) {
         std::lock_guard<std::mutex> guard(m_lock);
@@ -51,7 +49,7 @@ public:
     // Registers the thread under `name` as a host thread with an event loop: its wake function
     // counts posts and, with `autoProcess`, has the thread process its queue. One at a time.
     bool registerAs(const std::string &name, bool autoProcess) {
-        s_registered = m_self;
+        s_registered = this;
         m_autoProcess = autoProcess;
         return call([name] { VTMS::Thread::registerThread(name, &woken); });
     }
@@ -64,26 +62,21 @@ private:
     static void woken() {
         if (ServiceThread *const self = s_registered.load()) {
             ++self->wakes;
-            if (self->m_autoProcess) {
-                self->run([self] { self->m_record->process(); });
-            }
+            self->m_autoProcess ? self->run([self] { self->m_record->process(); }) : void();
         }
     }
     void loop() {
-        for (;;) {
+        for (std::function<void()> task; true; task()) {
             std::unique_lock<std::mutex> guard(m_lock);
             m_ready.wait(guard, [this] { return !m_tasks.empty(); });
-            std::function<void()> task = std::move(m_tasks.front());
+            task = std::move(m_tasks.front());
             m_tasks.pop_front();
-            guard.unlock();
             if (!task) {
                 return;
             }
-            task();
         }
     }
 
-    ServiceThread *m_self = this;
     std::mutex m_lock;
     std::condition_variable m_ready;
     std::deque<std::function<void()>> m_tasks;
@@ -103,25 +96,21 @@ public:
         return m_received;
     }
     int count() const { return static_cast<int>(received().size()); }
-    std::thread::id lastThread() const {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_lastThread;
-    }
     std::function<void(int)> action;
     std::atomic<int> *tally = nullptr;  // may outlive the listener
+    std::atomic<std::thread::id> lastThread{};
 
 protected:
     void note(std::string entry) {
         std::lock_guard<std::mutex> guard(m_lock);
         m_received.push_back(std::move(entry));
-        m_lastThread = std::this_thread::get_id();
+        lastThread = std::this_thread::get_id();
         tally ? void(++*tally) : void();
     }
 
 private:
     mutable std::mutex m_lock;
     std::vector<std::string> m_received;
-    std::thread::id m_lastThread;
 };
 
 typedef std::vector<std::string> Texts;

@@ -1,25 +1,128 @@
 #include "MessagingTestSupport.h"
+#include <vort/messaging/HostExceptions.h>
 #include <vort/messaging/Packet.h>
 #include <vort/messaging/Thread.h>
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 
 namespace {
 
 using namespace vort_test;
 using VTMS::Thread;
 
+// Counts its calls and logs its end; runs `thrower` in `dispatch`.
+class Probe : public VTMS::Payload1<void, int> {
+public:
+    Probe(int value, std::vector<int> *ends) : PayloadN(value), m_value(value), m_ends(ends) {}
+    ~Probe() override { m_ends->push_back(m_value); }
+    void dispatch(VTMS::Connection *to) override {
+        ++dispatched, thrower ? thrower() : PayloadN::dispatch(to);
+    }
+    int dispatched = 0;
+    std::function<void()> thrower;
+
+private:
+    int m_value;
+    std::vector<int> *m_ends;
+};
+
+struct Link {
+    IntEmitter emitter;
+    Recorder listener;
+    VTMS::Connection *connection = CountedConnection::connect(emitter, listener);
+};
+
+TEST(Packet, PayloadDeliverIsNeitherTestedNorGuardedButConnectedPacketsAre) {
+    std::vector<int> ends;
+    auto *probe = new Probe(1, &ends);
+    const int baseline = CountedConnection::live;
+    {
+        VTMS::Packet packet(probe);
+        auto link = std::make_unique<Link>();
+        VTMS::ConnectedPacket bound(packet, link->connection);
+        {
+            Link other;
+            VTMS::ConnectedPacket copy(bound), elsewhere(packet, other.connection);
+            copy = elsewhere;
+            EXPECT_EQ(probe->refCount(), 4);
+        }
+        packet.setSynchronous(3);
+        link->listener.disconnect();
+        packet.deliver(link->connection);  // a dead listener is still called through the payload
+        packet.deliver(nullptr);           // only counted
+        EXPECT_TRUE(packet.wait(1));
+        probe->thrower = [] { throw 1; };
+        EXPECT_THROW(packet.deliver(link->connection), int);
+        EXPECT_EQ(probe->dispatched, 2);
+        link.reset();  // both ends go; the packet keeps the connection
+        EXPECT_EQ(CountedConnection::live.load(), baseline + 1);
+        VTMS::ConnectedPacket moved(std::move(bound));
+        EXPECT_EQ(probe->refCount(), 2);
+        moved.deliver();  // the cut listener is skipped and counted as delivered
+        EXPECT_EQ(probe->dispatched * 10 + packet.wait(1), 20);
+    }
+    EXPECT_EQ(CountedConnection::live.load(), baseline);
+    EXPECT_EQ(ends.size(), 1u);
+}
+
+struct UserFailure : Corvane::System::IUserException {
+    unsigned long getCode() const override { return 1; }
+    const char *getSource() const override { return "UserFailure"; }
+    const char *getText() const override { return "shown to the user"; }
+};
+
+// A throw is caught and leaves the delivery uncounted; of the cuts only one of the listener
+// side skips the call.
+TEST(Packet, DeliveryCatchesEveryThrowAndSkipsCutListeners) {
+    const struct {
+        std::function<void()> thrower;
+        int cut;  // 0: none, then DropPackets + 1 or DeliverPackets + 1
+    } rows[] = {
+        {[] { throw UserFailure(); }, 0},
+        {[] { throw std::runtime_error("out"); }, 0},
+        {[] { throw 42; }, 0},
+        {nullptr, 0},
+        {nullptr, VTMS::DropPackets + 1},
+        {nullptr, VTMS::DeliverPackets + 1},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        std::vector<int> ends;
+        Link link;
+        auto *probe = new Probe(1, &ends);
+        probe->thrower = row.thrower;
+        VTMS::Packet packet(probe);
+        packet.setSynchronous(1);
+        VTMS::ConnectedPacket bound(packet, link.connection);
+        row.cut ? link.emitter.disconnectFrom(&link.listener, VTMS::PacketDropMode(row.cut - 1))
+                : void();
+        EXPECT_NO_THROW(bound.deliver());
+        EXPECT_EQ(probe->dispatched, row.cut == VTMS::DropPackets + 1 ? 0 : 1);
+        EXPECT_EQ(packet.wait(1), row.thrower != nullptr);
+    }
+    IntEmitter emitter;
+    Recorder thrower, plain;
+    thrower.action = [](int) { throw std::runtime_error("out"); };
+    emitter.connect(&thrower, &Recorder::onInt);
+    emitter.connect(&plain, &Recorder::onInt, Thread::getCurrentThread());
+    EXPECT_NO_THROW(emitter.send(1));
+    EXPECT_NO_THROW(emitter.sendWith(VTMS::AlwaysQueue, 2));
+    EXPECT_NO_THROW(processHere());
+    thrower.disconnect();                            // a throw would block these for good
+    emitter.sendWith(VTMS::BlockUntilDelivered, 3);  // direct on the sending thread
+    EXPECT_EQ(thrower.count() * 10 + plain.count(), 23);
+}
+
 TEST(Thread, OneRecordPerThreadAndTheRegistryFindsEachNamesLatest) {
     ServiceThread one, two, unnamed;
     EXPECT_EQ(Thread::getNamedThread("ThreadTest.first"), nullptr);
-    EXPECT_EQ(Thread::getCurrentThread(), Thread::getCurrentThread());
     EXPECT_TRUE(one.record() != Thread::getCurrentThread() && one.record() != two.record());
     ASSERT_TRUE(one.call([] { Thread::registerThread("ThreadTest.first", nullptr); }));
     ASSERT_TRUE(one.call([] { Thread::registerThread("ThreadTest.second", nullptr); }));
     EXPECT_EQ(Thread::getNamedThread("ThreadTest.first"), one.record());
-    EXPECT_EQ(Thread::getNamedThread("ThreadTest.second"), one.record());
     // The later of two threads holds a name; the earlier keeps it as its own.
     ASSERT_TRUE(two.call([] { Thread::registerThread("ThreadTest.second", nullptr); }));
     EXPECT_EQ(Thread::getNamedThread("ThreadTest.second"), two.record());
@@ -30,22 +133,21 @@ TEST(Thread, OneRecordPerThreadAndTheRegistryFindsEachNamesLatest) {
 TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {
     IntEmitter emitter;
     Recorder listener;
-    std::vector<bool> processing;
+    std::string processing;
     emitter.connect(&listener, &Recorder::onInt);
     listener.action = [&](int value) {
-        processing.push_back(Thread::getCurrentThread()->processingMessages());
+        processing += Thread::getCurrentThread()->processingMessages() ? "p" : "-";
         value > 1 && value < 4 ? emitter.sendWith(VTMS::AlwaysQueue, value + 1) : void();
     };
     emitter.send(1);
     emitter.sendWith(VTMS::AlwaysQueue, 2);
     emitter.sendWith(VTMS::AlwaysQueue, 6);
     Thread::getCurrentThread()->processOne();
-    EXPECT_EQ(listener.received(), (Texts{"1", "2"}));
+    EXPECT_EQ(listener.count(), 2);
     processHere();
     EXPECT_EQ(listener.received(), (Texts{"1", "2", "6", "3", "4"}));
-    EXPECT_EQ(processing, (std::vector<bool>{false, true, true, true, true}));
-    EXPECT_FALSE(Thread::getCurrentThread()->processingMessages());
-
+    EXPECT_EQ(processing + (Thread::getCurrentThread()->processingMessages() ? "p" : "-"),
+              "-pppp-");
     // A nested process meets the packet in delivery again, since it stays queued meanwhile.
     bool nested = false;
     listener.action = [&nested](int) { nested ? void() : (nested = true, processHere()); };
@@ -55,64 +157,34 @@ TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {
     EXPECT_EQ(listener.count(), 8);
 }
 
-TEST(Thread, WakeFunctionRunsOncePerPost) {
+TEST(Thread, WakesOncePerPostSharesQueuesByAssignmentAndDropsThemLastToFirst) {
     ServiceThread host;
     ASSERT_TRUE(host.registerAs("ThreadTest.woken", false));
-    IntEmitter emitter;
-    Recorder listener;
-    emitter.connect(&listener, &Recorder::onInt, host.record());
-    for (int i = 0; i < 3; ++i) {
-        emitter.send(i);  // also when the queue is not empty
-    }
-    EXPECT_EQ(host.wakes * 10 + listener.count(), 30);
-    ASSERT_TRUE(host.process());
-    EXPECT_EQ(host.wakes * 10 + listener.count(), 33);
-}
-
-class Marked : public VTMS::Payload1<void, int> {
-public:
-    Marked(int value, std::vector<int> *ends)
-        : VTMS::Payload1<void, int>(value), m_value(value), m_ends(ends) {}
-    ~Marked() override { m_ends->push_back(m_value); }
-
-private:
-    int m_value;
-    std::vector<int> *m_ends;
-};
-
-TEST(Thread, AssignmentSharesOneQueueAndDestructionDropsItLastToFirst) {
     std::vector<int> ends;
-    IntEmitter emitter;
-    Recorder listener;
-    VTMS::Connection *connection = CountedConnection::connect(emitter, listener);
+    const int baseline = CountedConnection::live;
+    Link link;
     auto post = [&](Thread &thread, int value) {
-        thread.post(VTMS::ConnectedPacket(VTMS::Packet(new Marked(value, &ends)), connection));
+        thread.post(VTMS::ConnectedPacket(VTMS::Packet(new Probe(value, &ends)), link.connection));
     };
+    post(*host.record(), 1);
+    post(*host.record(), 2);  // also when the queue is not empty
+    EXPECT_EQ(host.wakes * 10 + link.listener.count(), 20);
+    ASSERT_TRUE(host.process());
     auto a = std::make_unique<OwnedThread>(), b = std::make_unique<OwnedThread>();
-    post(*b, 1);
+    post(*b, 3);
     *a = *b;
-    post(*a, 2);
+    post(*a, 4);
     a.reset();
-    b->process();  // nothing checks which thread processes
-    EXPECT_EQ(listener.received(), (Texts{"1", "2"}));
-    for (int value : {3, 4, 5}) {
+    b->process();
+    EXPECT_EQ(link.listener.received(), (Texts{"1", "2", "3", "4"}));
+    for (int value : {5, 6, 7}) {
         post(*b, value);
     }
+    link.listener.disconnect();
+    EXPECT_EQ(CountedConnection::live.load(), baseline + 1);
     b.reset();
-    EXPECT_EQ(ends, (std::vector<int>{1, 2, 5, 4, 3}));
-    EXPECT_EQ(listener.count(), 2);
-}
-
-TEST(Thread, RecordOfAnEndedThreadGoesOnCollecting) {
-    Thread *record = nullptr;
-    std::thread([&record] { record = Thread::getCurrentThread(); }).join();
-    IntEmitter emitter;
-    Recorder listener;
-    emitter.connect(&listener, &Recorder::onInt, record);
-    emitter.send(1);
-    EXPECT_EQ(listener.count(), 0);
-    record->process();
-    EXPECT_EQ(listener.received(), (Texts{"1"}));
+    EXPECT_EQ(ends, (std::vector<int>{1, 2, 3, 4, 7, 6, 5}));
+    EXPECT_EQ(CountedConnection::live.load(), baseline);
 }
 
 }  // namespace
