@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 
 namespace {
@@ -35,23 +34,6 @@ TEST(EmitterBase, CutsTakeEveryConnectionOfThePairAndCopiesStartEmpty) {
     copy.send(2);
     processHere();
     EXPECT_EQ(other.received().back() + other.received()[4], "12");
-}
-
-TEST(EmitterBase, DeliversInAscendingOrderOfConnectionAddresses) {
-    IntEmitter emitter;
-    Recorder listeners[17];
-    std::vector<std::pair<VTMS::Connection *, Recorder *>> made;
-    std::vector<Recorder *> expected, log;
-    for (Recorder &listener : listeners) {
-        made.emplace_back(CountedConnection::connect(emitter, listener), &listener);
-        listener.action = [&log, &listener](int) { log.push_back(&listener); };
-    }
-    std::sort(made.begin(), made.end());
-    for (const auto &entry : made) {
-        expected.push_back(entry.second);
-    }
-    emitter.send(0);
-    EXPECT_EQ(log, expected);
 }
 
 class Plain : public VTMS::Listener {

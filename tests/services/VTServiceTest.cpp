@@ -1,6 +1,4 @@
 #include "messaging/MessagingTestSupport.h"
-#include "support/Latch.h"
-#include <vort/bones/StringID.h>
 #include <vort/services/ApplicationContext.h>
 #include <vort/services/LumigraphClient.h>
 #include <vort/services/Translation.h>
@@ -17,25 +15,12 @@ struct Table : VTServices::VTServiceBase {
     static bool hasKey(std::string const &key) { return g_serviceMap.count(key) != 0; }
 };
 
-int g_destroyed = 0, g_asked = 0;
-
-// Answers "<answer>:<text>", counts its deaths and sees who is installed while it dies. It makes
-// ids of its own while it translates, which would deadlock under the repository's lock.
+// Counts its deaths and sees who is installed while it dies.
 class Counted : public Translation {
 public:
-    explicit Counted(std::string answer, Translation **seen = nullptr)
-        : m_answer(std::move(answer)), m_seen(seen) {}
-    ~Counted() override {
-        ++g_destroyed, m_seen ? void(*m_seen = VTService<Translation>::get()) : void();
-    }
-    const char *translate(const char *text) override {
-        ++g_asked;
-        return VORT::StringID(m_answer + ":" + text).c_str();
-    }
-
-private:
-    std::string m_answer;
-    Translation **m_seen;
+    static inline int destroyed = 0;
+    static inline Translation *seen = nullptr;
+    ~Counted() override { ++destroyed, seen = VTService<Translation>::get(); }
 };
 
 // Another class that claims the key "Translation".
@@ -45,52 +30,25 @@ struct Impostor : VTService<Impostor> {
 
 }  // namespace
 
-TEST(VTService, InstallReplacesAndDeletesOnceAndNullKeepsTheKey) {
+TEST(VTService, InstallReplacesAndDeletesOnceAndAnswersItsDefaults) {
     VTService<Impostor>::install(nullptr);
     EXPECT_FALSE(Table::hasKey("Translation")) << "a null install on a new key added it";
-    Translation *seen = nullptr;
-    VTService<Translation>::install(new Counted("zeroth", &seen));
-    auto *first = new Counted("first");
-    VTService<Translation>::install(first);
-    EXPECT_EQ(seen, first) << "the replaced object doesn't see its successor while it dies";
-    auto *context = new VTServices::ApplicationContext;
-    VTService<VTServices::ApplicationContext>::install(context);
+    VTService<Translation>::install(new Counted);
+    auto *second = new Counted;
+    VTService<Translation>::install(second);
+    EXPECT_EQ(Counted::seen, second) << "the replaced object doesn't see its successor";
     VTService<Translation>::install(nullptr);
     VTService<Translation>::install(nullptr);  // finds nothing to delete
-    EXPECT_EQ(g_destroyed, 2);
+    EXPECT_EQ(Counted::destroyed, 2);
     EXPECT_TRUE(Table::hasKey("Translation"));
-    EXPECT_EQ(VTService<Translation>::get(), nullptr);
-    EXPECT_EQ(VTService<VTServices::ApplicationContext>::get(), context);
-    EXPECT_TRUE(context->isFeatureEnabled(""));
-    EXPECT_FALSE(VTServices::LumigraphClient().isValidItem(0));
-    VTService<Translation>::install(new Counted("derived"));
-    auto *impostor = new Impostor;
-    VTService<Impostor>::install(impostor);
-    EXPECT_EQ(g_destroyed, 3);
+    VTService<Translation>::install(new Counted);
+    VTService<Impostor>::install(new Impostor);
     EXPECT_EQ(VTService<Translation>::get(), nullptr) << "an object of another class was found";
     VTService<Impostor>::install(nullptr);
-    VTService<VTServices::ApplicationContext>::install(nullptr);
-}
-
-// Asked every time with the interned text, not for the empty id, and never under the
-// repository's lock (the service makes ids itself, on another thread here).
-TEST(TranslatedString, AsksTheServiceEveryTimeButNotForTheEmptyId) {
     const char text[] = "Untitled";
     EXPECT_EQ(Translation().translate(text), text);
-    EXPECT_EQ(VORT::StringID().getXlateString(), "");  // needs no service
-    VTService<Translation>::install(new Counted("fr"));
-    EXPECT_EQ(VORT::StringID("").getXlateString(), "");
-    std::string layer;
-    vort_test::Latch done(1);
-    std::thread worker([&] { layer = VORT::StringID("Layer").getXlateString(), done.countDown(); });
-    if (!done.wait()) {
-        worker.detach();
-        FAIL() << "the service was called under the repository lock";
-    }
-    worker.join();
-    EXPECT_EQ(layer + VORT::StringID("Layer").getXlateString(), "fr:Layerfr:Layer");
-    EXPECT_EQ(g_asked, 2);
-    VTService<Translation>::install(nullptr);
+    EXPECT_TRUE(VTServices::ApplicationContext().isFeatureEnabled(""));
+    EXPECT_FALSE(VTServices::LumigraphClient().isValidItem(0));
 }
 
 // The first three emitters block until delivered: when the send to a listener on another thread
