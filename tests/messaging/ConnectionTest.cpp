@@ -9,7 +9,7 @@ namespace {
 
 using namespace vort_test;
 
-TEST(EmitterBase, CutsTakeEveryConnectionOfThePairAndCopiesStartEmpty) {
+TEST(EmitterBase, CutsTakeEveryConnectionOfThePair) {
     IntEmitter emitter;
     Recorder listener, other;
     VTMS::Packet packet(new VTMS::Payload1<void, int>(1));
@@ -24,16 +24,6 @@ TEST(EmitterBase, CutsTakeEveryConnectionOfThePairAndCopiesStartEmpty) {
         EXPECT_EQ(emitter.numberOfConnections(), 1);
     }
     EXPECT_EQ(listener.count() * 100 + other.count(), 804);
-    IntEmitter queuing(VTMS::AlwaysQueue);
-    queuing.connect(&listener, &Recorder::onInt);
-    IntEmitter copy(queuing);
-    EXPECT_EQ(copy.numberOfConnections() * 10 + queuing.numberOfConnections(), 1);
-    copy.connect(&other, &Recorder::onInt);
-    copy.send(1);  // the copied default mode queues
-    copy.setDefaultMode(VTMS::DirectOrQueue);
-    copy.send(2);
-    processHere();
-    EXPECT_EQ(other.received().back() + other.received()[4], "12");
 }
 
 class Plain : public VTMS::Listener {
@@ -95,10 +85,7 @@ TEST(ConnectionLifetime, EveryCutWithAndWithoutAPacketQueued) {
         {[](Ends &e) { e.listener->disconnect(); }, false},
         {[](Ends &e) { e.listener->disconnectFrom(*e.emitter, VTMS::DropPackets); }, false},
         {[](Ends &e) { e.cut(VTMS::DropPackets); }, false},
-        {[](Ends &e) { e.listener.reset(); }, false},
         {[](Ends &e) { e.cut(VTMS::DeliverPackets), e.listener.reset(); }, false},
-        {[](Ends &e) { e.emitter.reset(), e.listener->disconnect(); }, false},
-        {[](Ends &e) { e.listener.reset(), e.emitter.reset(); }, false},
     };
     const int baseline = CountedConnection::live;
     for (const auto &row : rows) {
@@ -146,14 +133,6 @@ TEST(Send, HandlersMayCutAndDestroyEitherEndDuringTheSend) {
     EXPECT_EQ(others[0].count() + others[1].count(), 2);
 }
 
-class Multi : public Recorder {
-public:
-    void on0() { note("0"); }
-    int on3(char a, const std::string &b, long long c) {
-        return note(a + b + std::to_string(c)), 0;
-    }
-};
-
 struct Tracked {
     static inline std::atomic<int> copies{0}, live{0};
     Tracked() { ++live; }
@@ -163,17 +142,21 @@ struct Tracked {
 
 class TrackedListener : public Recorder {
 public:
+    void on0() { note("0"); }
+    int on3(char a, const std::string &b, long long c) {
+        return note(a + b + std::to_string(c)), 0;
+    }
     void onTracked(const Tracked &) { note("tracked"); }
 };
 
 // Payloads hold their arguments by value; only a send with a queued delivery copies its payload
 // to the heap, once for all its queues.
 TEST(Emitter, ArgumentsAreStoredAndOnlyAQueuedSendCopiesItsPayload) {
-    Multi listener;
+    TrackedListener listener;
     VTMS::Emitter0<void> e0;
     VTMS::Emitter3<int, char, const std::string &, long long> e3;
-    e0.connect(&listener, &Multi::on0);
-    e3.connect(&listener, &Multi::on3);
+    e0.connect(&listener, &TrackedListener::on0);
+    e3.connect(&listener, &TrackedListener::on3);
     std::string text = "x";
     e3.sendWith(VTMS::AlwaysQueue, 'c', text, 1LL << 40);
     text = "changed";

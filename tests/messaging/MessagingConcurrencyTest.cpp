@@ -66,21 +66,6 @@ TEST(MessagingConcurrency, BlockAndProcessWorksThroughItsOwnQueueWhileItWaits) {
     EXPECT_TRUE(servedInTime);
 }
 
-TEST(MessagingConcurrency, EmitterDiesWhileItsQueuedPacketsAreDelivered) {
-    ServiceThread server;
-    ASSERT_TRUE(server.registerAs("MessagingConcurrency.emitter-dies", true));
-    Recorder listener;
-    {
-        IntEmitter emitter;
-        emitter.connect(&listener, &Recorder::onInt, server.record());
-        for (int i = 0; i < 300; ++i) {
-            emitter.send(i);
-        }
-    }
-    ASSERT_TRUE(server.process());
-    EXPECT_EQ(listener.count(), 300);
-}
-
 // Workers own listeners, always served on their own thread, which they connect, cut and
 // destroy; shared emitters are sent on in every mode and replaced, dying with whichever thread
 // lets go last. Blocking sends go to `stable`, which gets no connection during the race, since
@@ -149,9 +134,8 @@ TEST(MessagingConcurrency, SendsRaceCutsAndDeathsOfBothEnds) {
 }
 
 // `open(count)` counts the waiters before it locks, so each single pass is handed out only once
-// every thread is blocked: then it wakes exactly one. Wakes let blocked waiters through without
-// handing out passes.
-TEST(GateConcurrency, PassesWakesAndOpeningsReleaseBlockedWaiters) {
+// every thread is blocked: then it wakes exactly one.
+TEST(GateConcurrency, PassesAndOpeningsReleaseBlockedWaiters) {
     VORT::Gate gate(2);
     EXPECT_FALSE(gate.wait(10) || gate.wait(10));
     EXPECT_TRUE(gate.wait(10)) << "the third waiter finds the gate closed";
@@ -173,24 +157,12 @@ TEST(GateConcurrency, PassesWakesAndOpeningsReleaseBlockedWaiters) {
         EXPECT_EQ(passed.load(), i);
     }
     EXPECT_TRUE(blocked(kThreads) && gate.wait(10)) << "a pass was left over";
-    gate.wakeOne();
-    EXPECT_TRUE(passes(kPasses + 1) && blocked(kThreads) && gate.wait(10))
-        << "a wake-up is not a pass";
-    gate.wakeAll();
-    EXPECT_TRUE(passes(kPasses + 1 + kThreads));
     stop = true;
     gate.open();  // for everyone until closed
     for (std::thread &thread : threads) {
         thread.join();
     }
     EXPECT_FALSE(gate.wait(10));
-    gate.close();
-    std::thread one([&] { gate.wait(); });
-    ASSERT_TRUE(blocked(1));
-    gate.open(3);  // one for the waiter, which takes another on its way out
-    one.join();
-    EXPECT_FALSE(gate.wait(10));
-    EXPECT_TRUE(gate.wait(10));
 }
 
 // Both kinds build their record at the first lock, where all first lockers must end up on one
