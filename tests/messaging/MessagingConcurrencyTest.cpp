@@ -31,18 +31,18 @@ bool eventually(Done done, VTMS::Thread *queue = nullptr) {
 
 TEST(MessagingConcurrency, BlockingSendReturnsOnceProcessedOnTheOtherThreadOrCut) {
     for (bool cut : {false, true}) {
-        ServiceThread server, sender;
-        ASSERT_TRUE(server.registerAs("MessagingConcurrency.blocking", false));
+        ServiceThread server("MessagingConcurrency.blocking");
         IntEmitter emitter(VTMS::BlockUntilDelivered);
         Recorder listener;
         emitter.connect(&listener, &Recorder::onInt, server.record());
         Latch returned(1);
-        sender.run([&] { emitter.send(1), returned.countDown(); });
+        std::thread sender([&] { emitter.send(1), returned.countDown(); });
         ASSERT_TRUE(eventually([&] { return server.wakes > 0; }));
         cut ? listener.disconnectFrom(emitter, VTMS::DropPackets) : void();
         EXPECT_FALSE(returned.wait(std::chrono::milliseconds(150)));
         ASSERT_TRUE(server.process());
         EXPECT_TRUE(returned.wait());
+        sender.join();
         EXPECT_EQ(listener.lastThread.load(), cut ? std::thread::id() : server.id());
     }
 }
@@ -50,8 +50,7 @@ TEST(MessagingConcurrency, BlockingSendReturnsOnceProcessedOnTheOtherThreadOrCut
 // The server's handler returns only once both packets in the asking thread's queue have been
 // delivered, which only the asking thread's wait can do.
 TEST(MessagingConcurrency, BlockAndProcessWorksThroughItsOwnQueueWhileItWaits) {
-    ServiceThread server;
-    ASSERT_TRUE(server.registerAs("MessagingConcurrency.own-queue", true));
+    ServiceThread server("MessagingConcurrency.own-queue", true);
     IntEmitter local, question(VTMS::BlockAndProcess), answer;
     Recorder waiting, asker, helper;
     local.connect(&waiting, &Recorder::onInt);

@@ -9,78 +9,77 @@
 #include <vort/messaging/Thread.h>
 
 #include <atomic>
-#include <deque>
+#include <condition_variable>
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace vort_test {
 
-// A thread that runs the tasks given to it, in order, and owns the VTMS::Thread record of that
-// thread. The record lives on after the thread ends, as every record does.
+// A thread that owns a VTMS::Thread record and processes its queue when asked. Given a name, it
+// registers as a host thread with an event loop does: its wake function counts posts and, with
+// `autoProcess`, has the thread process its queue. One named thread at a time.
 class ServiceThread {
 public:
-    ServiceThread() : m_thread([this] { loop(); }) {
-        call([this] { m_record = VTMS::Thread::getCurrentThread(); });
+    explicit ServiceThread(const std::string &name = "", bool autoProcess = false)
+        : m_autoProcess(autoProcess) {
+        name.empty() ? void() : void(s_registered = this);
+        m_thread = std::thread([this, name] { loop(name); });
+        process();
     }
     ~ServiceThread() {
         ServiceThread *self = this;
         s_registered.compare_exchange_strong(self, nullptr);
-        run(nullptr);
+        request(-1);
         m_thread.join();
     }
     VTMS::Thread *record() const { return m_record; }
     std::thread::id id() const { return m_thread.get_id(); }
-    // A null task ends the thread.
-    void run(std::function<void()> task) {
-        std::lock_guard<std::mutex> guard(m_lock);
-        m_tasks.push_back(std::move(task));
-        m_ready.notify_one();
-    }
-    // Runs `task` and waits for it; false if it didn't finish within the limit.
-    bool call(std::function<void()> task) {
-        auto done = std::make_shared<Latch>(1);
-        run([task, done] { task(), done->countDown(); });
-        return done->wait();
-    }
+    // Has the thread process its queue and waits for it; false if that didn't end in time.
     bool process() {
-        return call([this] { m_record->process(); });
-    }
-    // Registers the thread under `name` as a host thread with an event loop: its wake function
-    // counts posts and, with `autoProcess`, has the thread process its queue. One at a time.
-    bool registerAs(const std::string &name, bool autoProcess) {
-        s_registered = this;
-        m_autoProcess = autoProcess;
-        return call([name] { VTMS::Thread::registerThread(name, &woken); });
+        const int wanted = request(1);
+        std::unique_lock<std::mutex> guard(m_lock);
+        return m_changed.wait_for(guard, std::chrono::seconds(10),
+                                  [&] { return m_done >= wanted; });
     }
     std::atomic<int> wakes{0};
 
 private:
     static inline std::atomic<ServiceThread *> s_registered{nullptr};
 
-    // Runs on the posting thread, under the record's mutex: it only queues a task.
+    // Runs on the posting thread, under the record's mutex: it only asks for a process.
     static void woken() {
         if (ServiceThread *const self = s_registered.load()) {
-            ++self->wakes;
-            self->m_autoProcess ? self->run([self] { self->m_record->process(); }) : void();
+            ++self->wakes, self->m_autoProcess ? void(self->request(1)) : void();
         }
     }
-    void loop() {
-        for (std::function<void()> task; true; task()) {
-            std::unique_lock<std::mutex> guard(m_lock);
-            m_ready.wait(guard, [this] { return !m_tasks.empty(); });
-            task = std::move(m_tasks.front());
-            m_tasks.pop_front();
-            if (!task) {
+    int request(int more) {
+        std::lock_guard<std::mutex> guard(m_lock);
+        m_changed.notify_all();
+        return m_requested = more < 0 || m_requested < 0 ? -1 : m_requested + more;
+    }
+    void loop(const std::string &name) {
+        m_record = VTMS::Thread::getCurrentThread();
+        name.empty() ? void() : VTMS::Thread::registerThread(name, &woken);
+        std::unique_lock<std::mutex> guard(m_lock);
+        for (;;) {
+            m_changed.wait(guard, [this] { return m_requested != m_done; });
+            const int wanted = m_requested;
+            if (wanted < 0) {
                 return;
             }
+            guard.unlock();
+            m_record->process();
+            guard.lock();
+            m_done = wanted;
+            m_changed.notify_all();
         }
     }
 
+    const bool m_autoProcess;
     std::mutex m_lock;
-    std::condition_variable m_ready;
-    std::deque<std::function<void()>> m_tasks;
-    bool m_autoProcess = false;
+    std::condition_variable m_changed;
+    int m_requested = 0, m_done = 0;
     VTMS::Thread *m_record = nullptr;
     std::thread m_thread;
 };

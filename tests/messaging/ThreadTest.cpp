@@ -95,20 +95,6 @@ TEST(Packet, DeliveryCatchesEveryThrowAndSkipsCutListeners) {
     }
 }
 
-TEST(Thread, OneRecordPerThreadAndTheRegistryFindsEachNamesLatest) {
-    ServiceThread one, two, unnamed;
-    EXPECT_EQ(Thread::getNamedThread("ThreadTest.first"), nullptr);
-    EXPECT_TRUE(one.record() != Thread::getCurrentThread() && one.record() != two.record());
-    ASSERT_TRUE(one.call([] { Thread::registerThread("ThreadTest.first", nullptr); }));
-    ASSERT_TRUE(one.call([] { Thread::registerThread("ThreadTest.second", nullptr); }));
-    EXPECT_EQ(Thread::getNamedThread("ThreadTest.first"), one.record());
-    // The later of two threads holds a name; the earlier keeps it as its own.
-    ASSERT_TRUE(two.call([] { Thread::registerThread("ThreadTest.second", nullptr); }));
-    EXPECT_EQ(Thread::getNamedThread("ThreadTest.second"), two.record());
-    EXPECT_EQ(one.record()->getName() + two.record()->getName() + unnamed.record()->getName(),
-              "ThreadTest.secondThreadTest.second");
-}
-
 TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {
     IntEmitter emitter;
     Recorder listener;
@@ -137,8 +123,7 @@ TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {
 }
 
 TEST(Thread, WakesOncePerPostSharesQueuesByAssignmentAndDropsThemLastToFirst) {
-    ServiceThread host;
-    ASSERT_TRUE(host.registerAs("ThreadTest.woken", false));
+    ServiceThread host("ThreadTest.woken");
     std::vector<int> ends;
     const int baseline = CountedConnection::live;
     Link link;

@@ -11,16 +11,10 @@ using VTServices::VTService;
 
 namespace {
 
-struct Table : VTServices::VTServiceBase {
-    static bool hasKey(std::string const &key) { return g_serviceMap.count(key) != 0; }
-};
-
-// Counts its deaths and sees who is installed while it dies.
 class Counted : public Translation {
 public:
     static inline int destroyed = 0;
-    static inline Translation *seen = nullptr;
-    ~Counted() override { ++destroyed, seen = VTService<Translation>::get(); }
+    ~Counted() override { ++destroyed; }
 };
 
 // Another class that claims the key "Translation".
@@ -31,19 +25,15 @@ struct Impostor : VTService<Impostor> {
 }  // namespace
 
 TEST(VTService, InstallReplacesAndDeletesOnceAndAnswersItsDefaults) {
-    VTService<Impostor>::install(nullptr);
-    EXPECT_FALSE(Table::hasKey("Translation")) << "a null install on a new key added it";
     VTService<Translation>::install(new Counted);
-    auto *second = new Counted;
-    VTService<Translation>::install(second);
-    EXPECT_EQ(Counted::seen, second) << "the replaced object doesn't see its successor";
+    VTService<Translation>::install(new Counted);
     VTService<Translation>::install(nullptr);
     VTService<Translation>::install(nullptr);  // finds nothing to delete
     EXPECT_EQ(Counted::destroyed, 2);
-    EXPECT_TRUE(Table::hasKey("Translation"));
     VTService<Translation>::install(new Counted);
     VTService<Impostor>::install(new Impostor);
     EXPECT_EQ(VTService<Translation>::get(), nullptr) << "an object of another class was found";
+    EXPECT_EQ(Counted::destroyed, 3);
     VTService<Impostor>::install(nullptr);
     const char text[] = "Untitled";
     EXPECT_EQ(Translation().translate(text), text);
@@ -63,9 +53,8 @@ TEST(LumigraphSceneServerConcurrency, FirstThreeEmittersBlockTheOtherFourQueue) 
     for (int i = 0; i < 7; ++i) {
         SCOPED_TRACE(i);
         vort_test::Recorder listener;
-        vort_test::ServiceThread worker;
+        vort_test::ServiceThread worker("LumigraphSceneServer", i < 3);
         emitters[i]->connect(&listener, &vort_test::Recorder::onNothing, worker.record());
-        ASSERT_TRUE(worker.registerAs("LumigraphSceneServer", i < 3));
         emitters[i]->send();
         EXPECT_EQ(listener.count(), i < 3 ? 1 : 0);
         ASSERT_TRUE(worker.process());
