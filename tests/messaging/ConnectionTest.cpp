@@ -142,28 +142,11 @@ struct Tracked {
 
 class TrackedListener : public Recorder {
 public:
-    void on0() { note("0"); }
-    int on3(char a, const std::string &b, long long c) {
-        return note(a + b + std::to_string(c)), 0;
-    }
     void onTracked(const Tracked &) { note("tracked"); }
 };
 
-// Payloads hold their arguments by value; only a send with a queued delivery copies its payload
-// to the heap, once for all its queues.
-TEST(Emitter, ArgumentsAreStoredAndOnlyAQueuedSendCopiesItsPayload) {
-    TrackedListener listener;
-    VTMS::Emitter0<void> e0;
-    VTMS::Emitter3<int, char, const std::string &, long long> e3;
-    e0.connect(&listener, &TrackedListener::on0);
-    e3.connect(&listener, &TrackedListener::on3);
-    std::string text = "x";
-    e3.sendWith(VTMS::AlwaysQueue, 'c', text, 1LL << 40);
-    text = "changed";
-    e0.send();
-    processHere();
-    EXPECT_EQ(listener.received(), (Texts{"0", "cx1099511627776"}));
-
+// Only a send with a queued delivery copies its payload to the heap, once for all its queues.
+TEST(Emitter, OnlyAQueuedSendCopiesItsPayload) {
     ServiceThread other;
     VTMS::Emitter1<void, const Tracked &> emitter;
     const Tracked argument;
@@ -177,7 +160,7 @@ TEST(Emitter, ArgumentsAreStoredAndOnlyAQueuedSendCopiesItsPayload) {
     emitter.send(argument);  // one more copy, to the heap, shared by both queued deliveries
     EXPECT_EQ(Tracked::copies.load() * 10 + queuedA.count(), 30);
     ASSERT_TRUE(other.process());
-    EXPECT_EQ(queuedB.lastThread.load(), other.id());
+    EXPECT_EQ(queuedB.lastThread, other.id());
     EXPECT_EQ(here.count() + queuedA.count() + Tracked::live.load(), 4);
 }
 

@@ -43,7 +43,7 @@ TEST(MessagingConcurrency, BlockingSendReturnsOnceProcessedOnTheOtherThreadOrCut
         ASSERT_TRUE(server.process());
         EXPECT_TRUE(returned.wait());
         sender.join();
-        EXPECT_EQ(listener.lastThread.load(), cut ? std::thread::id() : server.id());
+        EXPECT_EQ(listener.lastThread, cut ? std::thread::id() : server.id());
     }
 }
 

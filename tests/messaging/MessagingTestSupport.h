@@ -84,32 +84,23 @@ private:
     std::thread m_thread;
 };
 
-// Records what its handlers receive, and runs `action` after each. Callable from any thread.
+// Records what its handlers receive, and runs `action` after each. Tests read it only once the
+// calls are known to be done.
 class Recorder : public VTMS::Listener {
 public:
     ~Recorder() override { disconnect(); }
-    void onNothing() { note("()"); }
     void onInt(int value) { note(std::to_string(value)), action ? action(value) : void(); }
-    std::vector<std::string> received() const {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_received;
-    }
-    int count() const { return static_cast<int>(received().size()); }
+    int count() const { return static_cast<int>(received.size()); }
+    std::vector<std::string> received;
     std::function<void(int)> action;
     std::atomic<int> *tally = nullptr;  // may outlive the listener
-    std::atomic<std::thread::id> lastThread{};
+    std::thread::id lastThread;
 
 protected:
     void note(std::string entry) {
-        std::lock_guard<std::mutex> guard(m_lock);
-        m_received.push_back(std::move(entry));
-        lastThread = std::this_thread::get_id();
+        received.push_back(std::move(entry)), lastThread = std::this_thread::get_id();
         tally ? void(++*tally) : void();
     }
-
-private:
-    mutable std::mutex m_lock;
-    std::vector<std::string> m_received;
 };
 
 typedef std::vector<std::string> Texts;
