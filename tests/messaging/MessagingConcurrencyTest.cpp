@@ -143,24 +143,20 @@ TEST(GateConcurrency, PassesAndOpeningsReleaseBlockedWaiters) {
     std::atomic<bool> stop{false};
     auto blocked = [&](int count) { return eventually([&] { return gate.waiting() >= count; }); };
     auto passes = [&](int count) { return eventually([&] { return passed >= count; }); };
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&] {
-            while (!stop) {
-                gate.wait(), ++passed;
-            }
-        });
-    }
-    for (int i = 1; i <= kPasses; ++i) {
-        ASSERT_TRUE(blocked(kThreads) && (gate.open(1), passes(i))) << "pass " << i;
-        EXPECT_EQ(passed.load(), i);
-    }
-    EXPECT_TRUE(blocked(kThreads) && gate.wait(10)) << "a pass was left over";
-    stop = true;
-    gate.open();  // for everyone until closed
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    runTogether(kThreads + 1, [&](int t) {
+        for (int i = 1; t == kThreads && i <= kPasses; ++i) {
+            EXPECT_TRUE(blocked(kThreads) && (gate.open(1), passes(i))) << "pass " << i;
+            EXPECT_EQ(passed.load(), i);
+        }
+        if (t == kThreads) {
+            EXPECT_TRUE(blocked(kThreads) && gate.wait(10)) << "a pass was left over";
+            stop = true;
+            gate.open();  // for everyone until closed
+        }
+        while (!stop) {
+            gate.wait(), ++passed;
+        }
+    });
     EXPECT_FALSE(gate.wait(10));
 }
 

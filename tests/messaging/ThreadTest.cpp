@@ -33,7 +33,7 @@ struct Link {
     VTMS::Connection *connection = CountedConnection::connect(emitter, listener);
 };
 
-TEST(Packet, PayloadDeliverIsNeitherTestedNorGuardedButConnectedPacketsAre) {
+TEST(Packet, PayloadDeliveryIsNeitherTestedNorGuardedButConnectedDeliveryIs) {
     std::vector<int> ends;
     auto *probe = new Probe(1, &ends);
     const int baseline = CountedConnection::live;
@@ -46,38 +46,27 @@ TEST(Packet, PayloadDeliverIsNeitherTestedNorGuardedButConnectedPacketsAre) {
             VTMS::ConnectedPacket copy(bound), elsewhere(packet, other.connection);
             copy = elsewhere;
             EXPECT_EQ(probe->refCount(), 4);
+            packet.setSynchronous(4);
+            probe->thrower = [] { throw 1; };
+            EXPECT_NO_THROW(copy.deliver());  // caught, and left uncounted
+            probe->thrower = nullptr;
+            copy.deliver();
         }
-        packet.setSynchronous(3);
         link->listener.disconnect();
         packet.deliver(link->connection);  // a dead listener is still called through the payload
         packet.deliver(nullptr);           // only counted
         EXPECT_TRUE(packet.wait(1));
         probe->thrower = [] { throw 1; };
         EXPECT_THROW(packet.deliver(link->connection), int);
-        EXPECT_EQ(probe->dispatched, 2);
         link.reset();  // both ends go; the packet keeps the connection
         EXPECT_EQ(CountedConnection::live.load(), baseline + 1);
         VTMS::ConnectedPacket moved(std::move(bound));
         EXPECT_EQ(probe->refCount(), 2);
         moved.deliver();  // the cut listener is skipped and counted as delivered
-        EXPECT_EQ(probe->dispatched * 10 + packet.wait(1), 20);
+        EXPECT_EQ(probe->dispatched * 10 + packet.wait(1), 40);
     }
     EXPECT_EQ(CountedConnection::live.load(), baseline);
     EXPECT_EQ(ends.size(), 1u);
-}
-
-// A throw from a listener is caught and leaves the delivery uncounted.
-TEST(Packet, ConnectedDeliveryCatchesEveryThrow) {
-    for (bool throws : {false, true}) {
-        std::vector<int> ends;
-        Link link;
-        auto *probe = new Probe(1, &ends);
-        throws ? void(probe->thrower = [] { throw 42; }) : void();
-        VTMS::Packet packet(probe);
-        packet.setSynchronous(1);
-        EXPECT_NO_THROW(VTMS::ConnectedPacket(packet, link.connection).deliver());
-        EXPECT_EQ(packet.wait(1), throws);
-    }
 }
 
 TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {
