@@ -62,17 +62,10 @@ private:
         m_record = VTMS::Thread::getCurrentThread();
         name.empty() ? void() : VTMS::Thread::registerThread(name, &woken);
         std::unique_lock<std::mutex> guard(m_lock);
-        for (;;) {
+        for (int wanted = 0; wanted >= 0; m_done = wanted, m_changed.notify_all()) {
             m_changed.wait(guard, [this] { return m_requested != m_done; });
-            const int wanted = m_requested;
-            if (wanted < 0) {
-                return;
-            }
-            guard.unlock();
-            m_record->process();
-            guard.lock();
-            m_done = wanted;
-            m_changed.notify_all();
+            wanted = m_requested;
+            guard.unlock(), wanted < 0 ? void() : m_record->process(), guard.lock();
         }
     }
 
@@ -121,21 +114,18 @@ class OwnedThread : public VTMS::Thread {};
 
 // A connection to `Recorder::onInt` that counts its live instances, made by hand as the
 // library's own clients may: under the global lock for writing.
-class CountedConnection : public VTMS::ConnectionImpl1<Recorder, void, int> {
-public:
+struct CountedConnection : VTMS::ConnectionImpl1<Recorder, void, int> {
+    static inline std::atomic<int> live{0};
     static CountedConnection *connect(IntEmitter &emitter, Recorder &listener,
                                       VTMS::Thread *thread = nullptr) {
         VORT::WriteLocker lock(VTMS::GetGlobalConnectionLock());
-        return new CountedConnection(&listener, &emitter, thread);
+        return new CountedConnection(listener, emitter, thread);
     }
-    static inline std::atomic<int> live{0};
-    ~CountedConnection() override { --live; }
-
-private:
-    CountedConnection(Recorder *listener, VTMS::EmitterBase *emitter, VTMS::Thread *thread)
-        : VTMS::ConnectionImpl1<Recorder, void, int>(listener, &Recorder::onInt, emitter, thread) {
+    CountedConnection(Recorder &listener, IntEmitter &emitter, VTMS::Thread *thread)
+        : ConnectionImplN(&listener, &Recorder::onInt, &emitter, thread) {
         ++live;
     }
+    ~CountedConnection() override { --live; }
 };
 
 }  // namespace vort_test
