@@ -1,9 +1,7 @@
 // Sends, cuts, deaths and locks racing on real threads.
 #include "MessagingTestSupport.h"
-#include <vort/messaging/Emitter.h>
 #include <vort/messaging/Gate.h>
 #include <vort/messaging/Mutex.h>
-#include <vort/messaging/Thread.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,4 @@
 #include "MessagingTestSupport.h"
-#include <vort/messaging/Packet.h>
-#include <vort/messaging/Thread.h>
 
 #include <gtest/gtest.h>
 
