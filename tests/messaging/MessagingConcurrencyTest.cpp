@@ -97,7 +97,7 @@ TEST(MessagingConcurrency, SendsRaceCutsAndDeathsOfBothEnds) {
         for (auto &slot : mine) {
             make(slot), stable.connect(slot.get(), &Recorder::onInt, self);
         }
-        connected.countDown();
+        connected.countDown(), connected.wait();
         const std::string name = "MessagingConcurrency." + std::to_string(t);
         for (int step = 0; step < 400; ++step) {
             // Registrations race lookups; each thread holds its own name.
