@@ -34,7 +34,6 @@ public:
         m_thread.join();
     }
     VTMS::Thread *record() const { return m_record; }
-    std::thread::id id() const { return m_thread.get_id(); }
     // Has the thread process its queue and waits for it; false if that didn't end in time.
     bool process() {
         const int wanted = request(1);

@@ -64,7 +64,6 @@ TEST(Packet, PayloadDeliveryIsNeitherTestedNorGuardedButConnectedDeliveryIs) {
         EXPECT_EQ(probe->dispatched * 10 + packet.wait(1), 40);
     }
     EXPECT_EQ(CountedConnection::live.load(), baseline);
-    EXPECT_EQ(ends.size(), 1u);
 }
 
 TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {

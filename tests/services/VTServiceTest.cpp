@@ -30,10 +30,8 @@ TEST(VTService, InstallReplacesAndDeletesOnceAndAnswersItsDefaults) {
     VTService<Impostor>::install(new Impostor);
     EXPECT_EQ(VTService<Translation>::get(), nullptr);
     VTService<Impostor>::install(nullptr);
-    VTService<Impostor>::install(nullptr);  // finds nothing to delete
     EXPECT_EQ(Counted::destroyed, 2);
-    const char text[] = "Untitled";
-    EXPECT_EQ(Translation().translate(text), text);
+    EXPECT_STREQ(Translation().translate("Untitled"), "Untitled");
     EXPECT_TRUE(VTServices::ApplicationContext().isFeatureEnabled(""));
     EXPECT_FALSE(VTServices::LumigraphClient().isValidItem(0));
 }
