@@ -95,8 +95,6 @@ protected:
     }
 };
 
-typedef std::vector<std::string> Texts;
-
 class IntEmitter : public VTMS::EmitterN<void, int> {
 public:
     using VTMS::EmitterN<void, int>::EmitterN;

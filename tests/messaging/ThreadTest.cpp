@@ -81,7 +81,7 @@ TEST(Thread, ProcessDeliversInOrderAndWhatADeliveryPostsComesInTheSameProcess) {
     Thread::getCurrentThread()->processOne();
     EXPECT_EQ(listener.count(), 2);
     processHere();
-    EXPECT_EQ(listener.received, (Texts{"1", "2", "6", "3", "4"}));
+    EXPECT_EQ(listener.received, (std::vector<std::string>{"1", "2", "6", "3", "4"}));
     EXPECT_EQ(processing + (Thread::getCurrentThread()->processingMessages() ? "p" : "-"),
               "-pppp-");
     // A nested process meets the packet in delivery again, since it stays queued meanwhile.
@@ -106,7 +106,7 @@ TEST(Thread, AssignmentSharesOneQueueAndDestructionDropsItLastToFirst) {
     post(*a, 4);
     a.reset();
     b->process();
-    EXPECT_EQ(link.listener.received, (Texts{"3", "4"}));
+    EXPECT_EQ(link.listener.received, (std::vector<std::string>{"3", "4"}));
     for (int value : {5, 6, 7}) {
         post(*b, value);
     }

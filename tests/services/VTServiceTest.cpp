@@ -25,6 +25,7 @@ struct Impostor : VTService<Impostor> {
 
 // An object of another class under the same key is not found.
 TEST(VTService, InstallReplacesAndDeletesOnceAndAnswersItsDefaults) {
+    Counted::destroyed = 0;
     VTService<Translation>::install(new Counted);
     VTService<Translation>::install(new Counted);
     VTService<Impostor>::install(new Impostor);
