@@ -19,27 +19,28 @@ using namespace VORT::XMLDB;
 using VORT::Color;
 using VORT::XmlReader;
 using NodePtr = DataNode::NodePtr;
-using NodeMap = DataNode::NodeMap;
 using vort_test::TempFolder;
 
 namespace {
 
 struct Loaded {
-    NodeMap nodes;
+    DataNode::NodeMap nodes;
     bool rootLoaded = false;
     std::string error;
+    NodePtr at(std::string const &key) const {
+        const auto found = nodes.find(key);
+        return found == nodes.end() ? NodePtr() : found->second;
+    }
 };
 
 // Loads a document the way the database does: every root, and every long name at all depths.
 Loaded load(std::string const &xml) {
     TempFolder folder;
-    const std::string file = folder.write("doc.xml", xml);
-    XmlReader reader(file.c_str());
+    XmlReader reader(folder.write("doc.xml", xml).c_str());
     Loaded result;
     while (reader.hasNext()) {
         NodePtr node = boost::make_shared<DataNode>();
-        const VORT::XmlEventTypes::Type event = reader.next();
-        if (node->loadXML("", reader, result.nodes, event)) {
+        if (node->loadXML("", reader, result.nodes, reader.next())) {
             result.rootLoaded = true;
             result.nodes.emplace(node->getName(), node);
         }
@@ -48,17 +49,10 @@ Loaded load(std::string const &xml) {
     return result;
 }
 
-NodePtr at(Loaded const &loaded, std::string const &key) {
-    const auto found = loaded.nodes.find(key);
-    return found == loaded.nodes.end() ? NodePtr() : found->second;
-}
-
-std::vector<std::string> texts(DataNode::NodeVector const *nodes) {
-    std::vector<std::string> result;
-    if (nodes != nullptr) {
-        for (NodePtr const &node : *nodes) {
-            result.push_back(node->getValue<std::string>());
-        }
+std::string texts(DataNode::NodeVector const *nodes) {
+    std::string result;
+    for (NodePtr const &node : *nodes) {
+        result += node->getValue<std::string>() + "|";
     }
     return result;
 }
@@ -67,19 +61,14 @@ std::vector<std::string> texts(DataNode::NodeVector const *nodes) {
 // holds: it is then destroyed first, and lets go of them.
 class TestDatabase : public Database {
 public:
-    TestDatabase() = default;
-
-    std::vector<std::string> keys() const {
-        std::vector<std::string> result;
+    std::string keys() const {
+        std::string result;
         for (auto const &entry : mData) {
-            result.push_back(entry.first);
+            result += entry.first + "|";
         }
         return result;
     }
-    unsigned loadCount(std::string const &file) const {
-        const auto found = mFiles.find(file);
-        return found == mFiles.end() ? 0u : found->second->mLoadCount;
-    }
+    unsigned loadCount(std::string const &file) const { return mFiles.at(file)->mLoadCount; }
 };
 
 std::vector<std::pair<std::string, bool>> g_loads;
@@ -121,36 +110,29 @@ TEST(DataNode, RepeatedLongNamesBecomeOneListHeadWhoseFirstEntryHasTheContent) {
         "<A><B k=\"1\">one<C/></B><B>two</B><B>three</B>"
         "<G><Item>x</Item></G><G><Item>y</Item><Item>z</Item></G></A>");
     ASSERT_TRUE(doc.rootLoaded);
-    const NodePtr a = at(doc, "A");
-    const NodePtr head = at(doc, "A/B");
-    ASSERT_TRUE(a && head);
+    const NodePtr a = doc.at("A"), head = doc.at("A/B");
     DataNode::NodeVector found(1, head);
-    EXPECT_EQ(a->getElementsOfName("B", found, false), 1u);
-    EXPECT_EQ(found.size(), 2u);
+    EXPECT_EQ(a->getElementsOfName("B", found, false) * 10 + found.size(), 12u);
     EXPECT_EQ(a->getElementsOfName("B", found, true), 1u);
     EXPECT_EQ(found, DataNode::NodeVector(1, head));
-    EXPECT_EQ(a->getElement("B"), head);
-    ASSERT_EQ(a->getElements()->size(), 2u);
+    EXPECT_TRUE(a->getElement("B") == head && a->getElements()->size() == 2u);
 
     EXPECT_TRUE(head->isNodeList() && !head->getElements() && !head->getAttributes());
     EXPECT_EQ(head->getName() + "|" + head->getShortName() + "|" + head->getValue<std::string>(),
               "A/B|B|");
-    EXPECT_EQ(texts(head->getNodeList()), (std::vector<std::string>{"one", "two", "three"}));
+    EXPECT_EQ(texts(head->getNodeList()), "one|two|three|");
     const NodePtr first = head->getNodeList()->front();
-    EXPECT_EQ(first->getName(), "A/B");
-    EXPECT_EQ(first->getAttribute<long>("k"), 1);
+    EXPECT_EQ(first->getName() + first->getAttribute<std::string>("k"), "A/B1");
     // The first entry's children keep pointing to the head's name.
     ASSERT_NE(first->getElement("C"), nullptr);
     EXPECT_EQ(first->getElement("C")->getName(), "A/B/C");
-    EXPECT_EQ(at(doc, "A/B/C"), first->getElement("C"));
-
+    EXPECT_EQ(doc.at("A/B/C"), first->getElement("C"));
     // One map per file: items under different parents of one long name share a list.
-    EXPECT_EQ(texts(at(doc, "A/G/Item")->getNodeList()), (std::vector<std::string>{"x", "y", "z"}));
-    EXPECT_EQ(at(doc, "A/G")->getNodeList()->size(), 2u);
+    EXPECT_EQ(texts(doc.at("A/G/Item")->getNodeList()), "x|y|z|");
+    EXPECT_EQ(doc.at("A/G")->getNodeList()->size(), 2u);
 
     // The public form appends a node once, and makes the list on its first call.
-    NodePtr single = boost::make_shared<DataNode>();
-    NodePtr other = boost::make_shared<DataNode>();
+    NodePtr single = boost::make_shared<DataNode>(), other = boost::make_shared<DataNode>();
     NodePtr none;
     single->addToNodeList(none);
     EXPECT_FALSE(single->isNodeList());
@@ -163,38 +145,30 @@ TEST(DataNode, CsvListsSplitTheTextAndConvertOnce) {
     const Loaded doc = load(
         "<R><L csv_list=\"TRUE\">1, 2,,3,</L><N csv_list=\"yes\">1,2</N>"
         "<F Csv_List=\"true\"> true , 0,TRUE ,2.5e1x,</F><E csv_list=\"true\"/></R>");
-    const NodePtr list = at(doc, "R/L");
+    const NodePtr list = doc.at("R/L");
     ASSERT_TRUE(list->hasDataList());
     EXPECT_EQ(*list->getDataCSVAsStrings(), (std::vector<std::string>{"1", "2", "3"}));
     EXPECT_EQ(*list->getDataCSVAsInteger(), (std::vector<long>{1, 2, 3}));
     EXPECT_EQ(list->getValue<std::string>(), "1, 2,,3,");
     EXPECT_EQ(list->getDataCSVAsInteger(), list->getDataCSVAsInteger());
-
-    const NodePtr flags = at(doc, "R/F");
+    const NodePtr flags = doc.at("R/F");
     EXPECT_EQ(*flags->getDataCSVAsBool(), (std::vector<bool>{true, false, true, false}));
     EXPECT_EQ(*flags->getDataCSVAsDouble(), (std::vector<double>{0.0, 0.0, 0.0, 25.0}));
     EXPECT_EQ(flags->getDataCSVAsBool(), flags->getDataCSVAsBool());
     EXPECT_EQ(*flags->getDataCSVAsColor(), std::vector<Color>(4, Color()));
-
-    // "yes" is no list: the attribute stays ordinary.
-    const NodePtr plain = at(doc, "R/N");
-    EXPECT_FALSE(plain->hasDataList());
-    EXPECT_EQ(plain->getDataCSVAsStrings(), nullptr);
-    EXPECT_EQ(plain->getDataCSVAsBool(), nullptr);
+    // "yes" is no list: the attribute stays ordinary. An empty list has its vector but no data.
+    const NodePtr plain = doc.at("R/N"), empty = doc.at("R/E");
+    EXPECT_FALSE(plain->hasDataList() || plain->getDataCSVAsStrings() || plain->getDataCSVAsBool());
     EXPECT_EQ(plain->getAttribute<std::string>("csv_list"), "yes");
-
-    // An empty list has its vector but no data.
-    const NodePtr empty = at(doc, "R/E");
-    EXPECT_FALSE(empty->hasDataList());
-    ASSERT_NE(empty->getDataCSVAsStrings(), nullptr);
+    EXPECT_TRUE(!empty->hasDataList() && empty->getDataCSVAsStrings());
 
     // A cache made before an absorb does not see the absorbed values.
     NodePtr merged = boost::make_shared<DataNode>();
     merged->absorb(list);
     ASSERT_EQ(merged->getDataCSVAsInteger()->size(), 3u);
     merged->absorb(list);
-    EXPECT_EQ(merged->getDataCSVAsStrings()->size(), 6u);
-    EXPECT_EQ(merged->getDataCSVAsInteger()->size(), 3u);
+    EXPECT_EQ(merged->getDataCSVAsStrings()->size() * 10 + merged->getDataCSVAsInteger()->size(),
+              63u);
 }
 
 TEST(DataNode, TextComesFromTheLastRunOrFromTheValueAttribute) {
@@ -203,25 +177,23 @@ TEST(DataNode, TextComesFromTheLastRunOrFromTheValueAttribute) {
         "<D csv_list=\"true\" value=\"v\"/><M>first<c/>  <c/>last</M></R>");
     std::string values;
     for (const char *key : {"R/T", "R/V", "R/P", "R/D", "R/M"}) {
-        values += at(doc, key)->getValue<std::string>() + "|";
+        values += doc.at(key)->getValue<std::string>() + "|";
     }
     EXPECT_EQ(values, "t|x|||last|");
-    EXPECT_EQ(at(doc, "R/P")->getAttribute<std::string>("p:value") +
-                  at(doc, "R/P")->getAttribute<std::string>("R/P/p:value"),
+    EXPECT_EQ(doc.at("R/P")->getAttribute<std::string>("p:value") +
+                  doc.at("R/P")->getAttribute<std::string>("R/P/p:value"),
               "qq");
-
-    const NodePtr attribute = at(doc, "R/V")->getAttributePtr("value");
+    const NodePtr attribute = doc.at("R/V")->getAttributePtr("value");
     ASSERT_NE(attribute, nullptr);
-    EXPECT_TRUE(attribute->getIsAttribute());
-    EXPECT_EQ(attribute->getName(), "R/V/value");
-    EXPECT_EQ(at(doc, "R/V")->getAttributePtr("R/V/value"), nullptr);
+    EXPECT_TRUE(attribute->getIsAttribute() && attribute->getName() == "R/V/value");
+    EXPECT_EQ(doc.at("R/V")->getAttributePtr("R/V/value"), nullptr);
 }
 
 TEST(DataNode, TypedReadersUseTheDefaultOnlyForAMissingAttribute) {
     const Loaded doc = load(
         "<R n=\"42\" bad=\"abc\" d=\"2.5px\" e=\"\" b=\"TRUE\" one=\"1\" no=\"yes\" "
         "c=\"255,0,0\">abc</R>");
-    const NodePtr r = at(doc, "R");
+    const NodePtr r = doc.at("R");
     struct Row {
         const char *name;
         long asLong;
@@ -261,18 +233,16 @@ TEST(DataNode, StringToColorReadsThreeOrFourNumbersOnEitherScale) {
         bool ok;
         unsigned int rgba;
     };
-    const Row rows[] = {
-        {"1,0,0", true, 0xFF0000FFu},
-        {"255,0,0", true, 0xFF0000FFu},
-        {"0.5,0.5,0.5,128", true, 0x01010180u},
-        {"0, 0.5, 1, 0.5", true, 0x0080FF80u},
-        {"255,128;0;64", true, 0xFF800040u},
-        {"1,0", true, 0xFF00FFFFu},
-        {"x,y", true, 0x00FFFFFFu},
-        {"red", false, 0x00000001u},
-        {"", false, 0x00000001u},
-        {"1 0 0", false, 0x00000001u},
-    };
+    const Row rows[] = {{"1,0,0", true, 0xFF0000FFu},
+                        {"255,0,0", true, 0xFF0000FFu},
+                        {"0.5,0.5,0.5,128", true, 0x01010180u},
+                        {"0, 0.5, 1, 0.5", true, 0x0080FF80u},
+                        {"255,128;0;64", true, 0xFF800040u},
+                        {"1,0", true, 0xFF00FFFFu},
+                        {"x,y", true, 0x00FFFFFFu},
+                        {"red", false, 0x00000001u},
+                        {"", false, 0x00000001u},
+                        {"1 0 0", false, 0x00000001u}};
     for (Row const &row : rows) {
         bool ok = !row.ok;
         EXPECT_EQ(stringToColor(row.text, &ok).getAsRgba(), row.rgba) << row.text;
@@ -284,20 +254,19 @@ TEST(DataNode, AbsorbConcatenatesInOrderAndLaterAttributesWin) {
     const Loaded first = load("<A k=\"1\" j=\"x\">a<B>1</B></A>");
     const Loaded second = load("<A k=\"2\">b<B>2</B><C/></A>");
     NodePtr merged = boost::make_shared<DataNode>();
-    merged->absorb(at(first, "A"));
-    merged->absorb(at(second, "A"));
-    EXPECT_TRUE(merged->isCombinedNode() && !at(first, "A")->isCombinedNode());
+    merged->absorb(first.at("A"));
+    merged->absorb(second.at("A"));
+    EXPECT_TRUE(merged->isCombinedNode() && !first.at("A")->isCombinedNode());
     EXPECT_EQ(merged->getName() + merged->getShortName() + merged->getValue<std::string>() +
                   merged->getAttribute<std::string>("k") + merged->getAttribute<std::string>("j"),
               "AAab2x");
     EXPECT_EQ(merged->getAttributes()->size(), 3u);
-    EXPECT_EQ(texts(merged->getElements()), (std::vector<std::string>{"1", "2", ""}));
-    EXPECT_EQ(merged->getElement("B"), at(first, "A/B"));
+    EXPECT_EQ(texts(merged->getElements()), "1|2||");
+    EXPECT_EQ(merged->getElement("B"), first.at("A/B"));
     // The sources are unchanged.
-    EXPECT_EQ(at(first, "A")->getValue<std::string>() +
-                  std::to_string(at(first, "A")->getAttributes()->size()),
+    EXPECT_EQ(first.at("A")->getValue<std::string>() +
+                  std::to_string(first.at("A")->getAttributes()->size()),
               "a2");
-
     merged->absorb(merged);
     EXPECT_EQ(merged->getValue<std::string>(), "abab");
     EXPECT_EQ(merged->getElements()->size(), 6u);
@@ -316,16 +285,14 @@ TEST(DataNode, MalformedFilesKeepWhatWasFinishedAndBoundsHold) {
     const Loaded broken = load("<A><B>1</B><C x=\"2\">2</C><D><E>3</E>");
     EXPECT_FALSE(broken.rootLoaded);
     EXPECT_EQ(broken.error, "Premature end of document.");
-    EXPECT_EQ(at(broken, "A/B")->getValue<long>(), 1);
-    EXPECT_EQ(at(broken, "A/C")->getAttribute<long>("x"), 2);
-    EXPECT_EQ(at(broken, "A/D/E")->getValue<long>(), 3);
-    EXPECT_EQ(at(broken, "A/D"), nullptr);
-    EXPECT_EQ(at(broken, "A"), nullptr);
-
+    EXPECT_EQ(broken.at("A/B")->getValue<std::string>() +
+                  broken.at("A/C")->getAttribute<std::string>("x") +
+                  broken.at("A/D/E")->getValue<std::string>(),
+              "123");
+    EXPECT_TRUE(broken.at("A/D") == nullptr && broken.at("A") == nullptr);
     // Any end tag closes a level; the parser itself refuses the mismatch right after.
     const Loaded mismatch = load("<A><B>1</C></A>");
-    EXPECT_FALSE(mismatch.rootLoaded);
-    EXPECT_TRUE(mismatch.nodes.empty());
+    EXPECT_TRUE(!mismatch.rootLoaded && mismatch.nodes.empty());
 
     std::string deep;
     for (int i = 0; i < 5000; ++i) {
@@ -334,28 +301,27 @@ TEST(DataNode, MalformedFilesKeepWhatWasFinishedAndBoundsHold) {
     const Loaded tooDeep = load(deep);
     EXPECT_EQ(tooDeep.error, "Elements nested deeper than 256 levels");
     EXPECT_FALSE(tooDeep.rootLoaded);
-
     // Each child repeats its parent's long name: a long root name makes a small file large.
     const std::string name(4000, 'n');
     std::string wide = "<" + name + ">";
     for (int i = 0; i < 20000; ++i) {
         wide += "<c/>";
     }
-    wide += "</" + name + ">";
-    const Loaded tooWide = load(wide);
+    const Loaded tooWide = load(wide + "</" + name + ">");
     EXPECT_EQ(tooWide.error, "Configuration data larger than 134217728 bytes in memory");
     EXPECT_FALSE(tooWide.rootLoaded);
 }
 
 TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
-    TempFolder one;
-    TempFolder two;
+    TempFolder one, two;
     one.write("a.xml", "<A><B>x</B><Only k=\"1\">a</Only><W k=\"1\" j=\"a\"/></A>");
-    one.write("sub/deeper/c.xml", "<A><B>z</B><L>1</L><L>2</L></A>");
+    // Non-ASCII names are read; a malformed file keeps its finished nodes.
+    const std::string file =
+        one.write("sub/Réglages/ファイル.xml", "<A><B>z</B><L>1</L><L>2</L></A>");
     one.write("notes.txt", "<A><B>ignored</B></A>");
+    one.write("sub/z.xml", "<A><Done>1</Done><Open>");
     two.write("b.xml", "<A><B>y</B><W k=\"2\"/><L>3</L></A>");
-    PathItem first(one.path(), nullptr, nullptr);
-    PathItem second(two.path(), nullptr, nullptr);
+    PathItem first(one.path(), nullptr, &recordLoad), second(two.path(), nullptr, nullptr);
     TestDatabase db;
     EXPECT_EQ(db.getData("A"), nullptr);
     db.addPath(&first);
@@ -366,12 +332,14 @@ TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
     EXPECT_EQ(db.getPaths(), oneFirst ? (std::vector<std::string>{one.path(), two.path()})
                                       : (std::vector<std::string>{two.path(), one.path()}));
 
-    // The file names order the merge: one's a.xml before one's sub/deeper/c.xml.
+    // The file names order the merge: one's a.xml before one's sub/Réglages/ファイル.xml.
     EXPECT_EQ(text(db, "A/B"), oneFirst ? "xzy" : "yxz");
+    ASSERT_EQ(g_loads.size(), 3u);
+    EXPECT_EQ(g_loads[1].first, file);
     EXPECT_TRUE(db.getData("A/B")->isCombinedNode());
     // Defined once: the file's own node.
     EXPECT_FALSE(db.getData("A/Only")->isCombinedNode());
-    EXPECT_EQ(text(db, "A/Only"), "a");
+    EXPECT_EQ(text(db, "A/Only") + text(db, "A/Done") + text(db, "A/Open"), "a1(none)");
     // A later file's attribute wins; the others stay visible.
     const DataNode::NodePtr w = db.getData("A/W");
     EXPECT_EQ(w->getAttribute<long>("k"), oneFirst ? 2 : 1);
@@ -379,13 +347,11 @@ TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
     // Within a file repeated names make a list; across files the keys merge, and the merge
     // takes the list head's (empty) content, not its list.
     const DataNode::NodePtr l = db.getData("A/L");
-    EXPECT_TRUE(l->isCombinedNode());
-    EXPECT_FALSE(l->isNodeList());
+    EXPECT_TRUE(l->isCombinedNode() && !l->isNodeList());
     EXPECT_EQ(l->getValue<std::string>(), "3");
     // The merged root's children are the files' own nodes: the first file's B comes first.
     EXPECT_EQ(db.getData("A")->getElement("B")->getValue<std::string>(), oneFirst ? "x" : "y");
-    EXPECT_EQ(db.getData("A/Missing"), nullptr);
-    EXPECT_EQ(db.keys(), (std::vector<std::string>{"A", "A/B", "A/L", "A/Only", "A/W"}));
+    EXPECT_EQ(db.keys(), "A|A/B|A/Done|A/L|A/Only|A/W|");
 }
 
 TEST_F(DatabaseTest, ScansAtMostOncePerIntervalUnlessForced) {
@@ -425,7 +391,6 @@ TEST_F(DatabaseTest, RereadsAFileWhenItsTimeChangesInEitherDirectionOnly) {
     TestDatabase db;
     db.addPath(&item);
     EXPECT_EQ(text(db, "A"), "1");
-
     struct Step {
         const char *content;
         qint64 time;
@@ -442,8 +407,7 @@ TEST_F(DatabaseTest, RereadsAFileWhenItsTimeChangesInEitherDirectionOnly) {
     for (Step const &step : steps) {
         SCOPED_TRACE(step.content);
         folder.write("a.xml", step.content, step.time);
-        clock += 6.0;
-        platform.setClock(clock);
+        platform.setClock(clock += 6.0);
         EXPECT_EQ(text(db, "A"), step.seen);
         EXPECT_EQ(db.loadCount(file), step.loads);
     }
@@ -456,50 +420,21 @@ TEST_F(DatabaseTest, RereadsAFileWhenItsTimeChangesInEitherDirectionOnly) {
     db.forceFileCheck();
     EXPECT_EQ(text(db, "A"), "4");
     EXPECT_TRUE(db.removePath(folder.path()));
-    EXPECT_FALSE(item.isInDatabase());
-    EXPECT_FALSE(db.removePath(folder.path()));
+    EXPECT_FALSE(item.isInDatabase() || db.removePath(folder.path()));
     folder.write("a.xml", "<A>6</A>", 7000);
     db.forceFileCheck();
     EXPECT_EQ(text(db, "A"), "4");
 }
 
-TEST_F(DatabaseTest, MalformedFilesKeepTheirFinishedNodesAndOthersAreServed) {
-    TempFolder folder;
-    folder.write("bad.xml", "<A><Done>1</Done><Open>");
-    folder.write("good.xml", "<A><Good>2</Good></A>");
-    PathItem item(folder.path(), nullptr, &recordLoad);
-    TestDatabase db;
-    db.addPath(&item);
-    EXPECT_EQ(text(db, "A/Done"), "1");
-    EXPECT_EQ(db.getData("A/Open"), nullptr);
-    EXPECT_EQ(text(db, "A/Good"), "2");
-    EXPECT_EQ(text(db, "A"), "");
-    EXPECT_EQ(g_loads.size(), 2u);
-}
-
-TEST_F(DatabaseTest, ReadsFoldersAndFilesWithNonAsciiNames) {
-    TempFolder folder;
-    const std::string file = folder.write("Réglages/ファイル.xml", "<Clé>été</Clé>");
-    PathItem item(folder.path("Réglages"), nullptr, &recordLoad);
-    TestDatabase db;
-    db.addPath(&item);
-    EXPECT_EQ(text(db, "Clé"), "été");
-    ASSERT_EQ(g_loads.size(), 1u);
-    EXPECT_EQ(g_loads[0].first, file);
-}
-
 TEST_F(DatabaseTest, ItemsRegisterOnceAndTakeThemselvesOutWhenDestroyed) {
     TempFolder folder;
-    PathItem item(folder.path(), nullptr, nullptr);
-    PathItem twin(folder.path(), nullptr, nullptr);
+    PathItem item(folder.path(), nullptr, nullptr), twin(folder.path(), nullptr, nullptr);
     {
         TestDatabase db;
         db.addPath(&item);
         db.addPath(&twin);
         db.addPath(nullptr);
-        EXPECT_TRUE(item.isInDatabase());
-        EXPECT_FALSE(twin.isInDatabase());
-        EXPECT_EQ(db.getPaths().size(), 1u);
+        EXPECT_TRUE(item.isInDatabase() && !twin.isInDatabase() && db.getPaths().size() == 1u);
     }
     // The database let go of its items when it went.
     EXPECT_FALSE(item.isInDatabase());

@@ -7,7 +7,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 #include <QtCore/QUrl>
 
 #include <gtest/gtest.h>
@@ -28,7 +27,7 @@ std::string local(QString const &path) {
 }
 
 // Runs one call written as "name" or "name:arg,arg,...".
-void call(XmlWriter &writer, std::string const &step) {
+void call(XmlWriter &w, std::string const &step) {
     const std::string::size_type colon = step.find(':');
     const std::string name = step.substr(0, colon);
     std::vector<std::string> a;
@@ -36,46 +35,47 @@ void call(XmlWriter &writer, std::string const &step) {
     for (std::string arg; std::getline(args, arg, ',');) {
         a.push_back(arg);
     }
+    const size_t n = a.size();
     if (name == "doc") {
-        writer.writeStartDocument("1.0");
+        w.writeStartDocument("1.0");
     } else if (name == "enddoc") {
-        writer.writeEndDocument();
+        w.writeEndDocument();
     } else if (name == "start") {
-        a.size() == 1   ? writer.writeStartElement(a[0])
-        : a.size() == 2 ? writer.writeStartElement(a[0], a[1])
-                        : writer.writeStartElement(a[0], a[1], a[2]);
+        n == 1 ? w.writeStartElement(a[0]) : w.writeStartElement(a[0], a[1], a[2]);
     } else if (name == "empty") {
-        a.size() == 1   ? writer.writeEmptyElement(a[0])
-        : a.size() == 2 ? writer.writeEmptyElement(a[0], a[1])
-                        : writer.writeEmptyElement(a[0], a[1], a[2]);
+        n == 1 ? w.writeEmptyElement(a[0]) : w.writeEmptyElement(a[0], a[1]);
     } else if (name == "end") {
-        writer.writeEndElement();
+        w.writeEndElement();
     } else if (name == "element") {
-        a.size() == 2   ? writer.writeElement(a[0], a[1])
-        : a.size() == 3 ? writer.writeElement(a[0], a[1], a[2])
-                        : writer.writeElement(a[0], a[1], a[2], a[3]);
+        n == 2 ? w.writeElement(a[0], a[1]) : w.writeElement(a[0], a[1], a[2]);
     } else if (name == "startattr") {
-        a.size() == 1   ? writer.writeStartAttribute(a[0])
-        : a.size() == 2 ? writer.writeStartAttribute(a[0], a[1])
-                        : writer.writeStartAttribute(a[0], a[1], a[2]);
+        w.writeStartAttribute(a[0]);
     } else if (name == "endattr") {
-        writer.writeEndAttribute();
+        w.writeEndAttribute();
     } else if (name == "attr") {
-        a.size() == 2   ? writer.writeAttribute(a[0], a[1])
-        : a.size() == 3 ? writer.writeAttribute(a[0], a[1], a[2])
-                        : writer.writeAttribute(a[0], a[1], a[2], a[3]);
+        n == 2   ? w.writeAttribute(a[0], a[1])
+        : n == 3 ? w.writeAttribute(a[0], a[1], a[2])
+                 : w.writeAttribute(a[0], a[1], a[2], a[3]);
     } else if (name == "value") {
-        writer.writeValue(a.empty() ? std::string() : a[0]);
-    } else if (name == "ns") {
-        writer.writeNamespace(a[0], a[1]);
-    } else if (name == "defaultns") {
-        writer.writeDefaultNamespace(a[0]);
+        w.writeValue(n ? a[0] : std::string());
     } else {
-        ADD_FAILURE() << "unknown step " << step;
+        name == "ns" ? w.writeNamespace(a[0], a[1]) : w.writeDefaultNamespace(a[0]);
     }
 }
 
-const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+// The message of the exception that `body` throws, after checking the file it names.
+std::string thrown(std::function<void()> const &body, const char *file) {
+    try {
+        body();
+    } catch (VORT::Exception const &e) {
+        EXPECT_EQ(e.where().file(), file);
+        return e.what();
+    }
+    return "(nothing)";
+}
+
+const std::string D = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+const std::string R = "Invalid state when processing ";
 
 }  // namespace
 
@@ -111,37 +111,10 @@ TEST(Uri, RelativizeGivesWhatALinkInTheBaseFileWouldSay) {
     };
     for (Row const &row : rows) {
         SCOPED_TRACE(std::string(row.base) + " -> " + row.target);
-        const Uri base(row.base);
-        const Uri target(row.target);
-        const Uri result = base.relativize(target);
-        if (row.result == nullptr) {
-            EXPECT_EQ(result, target);
-            EXPECT_EQ(result.toString(), target.toString());
-        } else {
-            EXPECT_EQ(result.toString(), row.result);
-        }
+        const Uri target(row.target), result = Uri(row.base).relativize(target);
+        EXPECT_EQ(result.toString(), row.result ? row.result : row.target);
+        EXPECT_TRUE(row.result || result == target);
     }
-}
-
-TEST(Uri, PrefixIsPlainTextAndOpaqueNeedsAnAbsoluteUriWithoutAuthority) {
-    EXPECT_TRUE(Uri("file:///a/b").isPrefix(Uri("file:///a/bc")));
-    EXPECT_TRUE(Uri("http://x").isPrefix(Uri("file:///anything")));
-    EXPECT_TRUE(Uri("http://x/a").isPrefix(Uri("ftp://y/a/b")));
-    EXPECT_FALSE(Uri("file:///a/b").isPrefix(Uri("file:///a")));
-
-    struct Row {
-        const char *text;
-        bool opaque;
-    };
-    const Row rows[] = {
-        {"mailto:someone", true}, {"file:///a", false}, {"a/b", false},
-        {"urn:isbn:123", true},   {"file:", false},     {"x:/abs", false},
-    };
-    for (Row const &row : rows) {
-        EXPECT_EQ(Uri(row.text).isOpaque(), row.opaque) << row.text;
-    }
-    EXPECT_TRUE(Uri("http://h/a").isParent(Uri("http://h/a/b")));
-    EXPECT_FALSE(Uri("http://h/a").isParent(Uri("http://h/ab")));
 }
 
 TEST(Uri, ComponentFormsBuildTheUrlOrThrowWithQtsExplanation) {
@@ -167,68 +140,60 @@ TEST(Uri, ComponentFormsBuildTheUrlOrThrowWithQtsExplanation) {
         {"scheme before valid parts", [] { Uri("ht tp", "", "h", 1, "/p", "", ""); }},
     };
     for (Bad const &row : bad) {
-        try {
-            row.build();
-            ADD_FAILURE() << row.what << " did not throw";
-        } catch (VORT::Exception const &e) {
-            const std::string text = e.what();
-            EXPECT_EQ(text.rfind("Unable to create URI: ", 0), 0u) << text;
-            EXPECT_EQ(e.where().file(), ".\\xml\\UriImpl");
-        }
+        EXPECT_EQ(thrown(row.build, ".\\xml\\UriImpl").rfind("Unable to create URI: ", 0), 0u)
+            << row.what;
     }
 }
 
-TEST(Uri, TextFormsNeverThrowAndCopiesAreIndependent) {
+TEST(Uri, PrefixOpaqueParentAndTextForms) {
+    EXPECT_TRUE(Uri("file:///a/b").isPrefix(Uri("file:///a/bc")));
+    EXPECT_TRUE(Uri("http://x/a").isPrefix(Uri("ftp://y/a/b")));
+    EXPECT_FALSE(Uri("file:///a/b").isPrefix(Uri("file:///a")));
+    const std::pair<const char *, bool> opaque[] = {
+        {"mailto:someone", true}, {"file:///a", false}, {"a/b", false},
+        {"urn:isbn:123", true},   {"file:", false},     {"x:/abs", false}};
+    for (auto const &row : opaque) {
+        EXPECT_EQ(Uri(row.first).isOpaque(), row.second) << row.first;
+    }
+    EXPECT_TRUE(Uri("http://h/a").isParent(Uri("http://h/a/b")));
+    EXPECT_FALSE(Uri("http://h/a").isParent(Uri("http://h/ab")));
+
     Uri bad("http://[::1");
     EXPECT_FALSE(bad.isValid() || bad.error().empty());
     Uri good("http://h/a/b.xml?x=1");
     EXPECT_TRUE(good.isValid() && good.error().empty());
-    EXPECT_EQ(good.resolve("../c.xml").toString(), "http://h/c.xml");
-    EXPECT_EQ(good.resolve(Uri("d/e")).toString(), "http://h/a/d/e");
-
+    EXPECT_EQ(good.resolve("../c.xml").toString() + good.resolve(Uri("d/e")).toString(),
+              "http://h/c.xmlhttp://h/a/d/e");
     Uri copy = good;
     copy = std::string("http://other/");
     EXPECT_EQ(good.toString(), "http://h/a/b.xml?x=1");
-    Uri &self = good;
-    good = self;
-    EXPECT_EQ(good, Uri("http://h/a/b.xml?x=1"));
     EXPECT_NE(good, copy);
     EXPECT_EQ(Uri().toString() + std::to_string(Uri().getPort()), "-1");
 }
 
 TEST(Uri, LocalFilesAreMadeAbsoluteAndCanonicalWhenTheFolderExists) {
-    QTemporaryDir temp;
-    ASSERT_TRUE(temp.isValid());
-    const QString root = QDir(temp.path()).canonicalPath();
+    TempFolder temp;
+    const QString root = QString::fromStdString(temp.path());
     ASSERT_TRUE(QDir(root).mkpath(QStringLiteral("real/sub")));
     ASSERT_TRUE(QFile::link(root + QStringLiteral("/real"), root + QStringLiteral("/link")));
-    ASSERT_TRUE(QDir(root).mkpath(QStringLiteral("Ünïcødé")));
-
-    struct Row {
-        QString given;
-        QString file;
-    };
-    const Row rows[] = {
-        {root + QStringLiteral("/real/sub/../a.xml"), root + QStringLiteral("/real/a.xml")},
-        {root + QStringLiteral("/link/sub/b.xml"), root + QStringLiteral("/real/sub/b.xml")},
-        {root + QStringLiteral("/Ünïcødé/ç.xml"), root + QStringLiteral("/Ünïcødé/ç.xml")},
+    const std::pair<QString, QString> rows[] = {
+        {QStringLiteral("/real/sub/../a.xml"), QStringLiteral("/real/a.xml")},
+        {QStringLiteral("/link/sub/b.xml"), QStringLiteral("/real/sub/b.xml")},
         // No such folder: absolute, but left as it was written.
-        {root + QStringLiteral("/none/../x.xml"), root + QStringLiteral("/none/../x.xml")},
-        // Two slashes lead to the root here, not to a network share.
-        {QStringLiteral("//none-") + root + QStringLiteral("/x.xml"),
-         QStringLiteral("/none-") + root + QStringLiteral("/x.xml")},
-    };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.given.toStdString());
-        const Uri uri = Uri::fromLocalFile(local(row.given));
-        EXPECT_EQ(uri.getScheme(), "file");
-        EXPECT_EQ(uri.toLocalFile(), local(row.file));
-        const Uri again = Uri::fromLocalFileOrUri(
-            QUrl::fromLocalFile(row.given).toString(QUrl::FullyEncoded).toStdString());
-        EXPECT_EQ(again.toLocalFile(), local(row.file));
-        EXPECT_EQ(Uri::fromLocalFileOrUri(local(row.given)).toLocalFile(), local(row.file));
+        {QStringLiteral("/none/../x.xml"), QStringLiteral("/none/../x.xml")}};
+    for (auto const &row : rows) {
+        const QString given = root + row.first;
+        const std::string file = local(root + row.second);
+        SCOPED_TRACE(given.toStdString());
+        const Uri uri = Uri::fromLocalFile(local(given));
+        EXPECT_EQ(uri.getScheme() + uri.toLocalFile(), "file" + file);
+        EXPECT_EQ(Uri::fromLocalFileOrUri(QUrl::fromLocalFile(given).toString().toStdString())
+                      .toLocalFile(),
+                  file);
+        EXPECT_EQ(Uri::fromLocalFileOrUri(local(given)).toLocalFile(), file);
     }
-
+    // Two slashes lead to the root here, not to a network share.
+    EXPECT_EQ(Uri::fromLocalFile("//none/x.xml").toLocalFile(), "/none/x.xml");
     // A relative name is taken from the working folder; so is a text of another scheme.
     const std::string cwd = local(QDir::currentPath());
     EXPECT_EQ(Uri::fromLocalFile("rel.xml").toLocalFile(), cwd + "/rel.xml");
@@ -238,126 +203,95 @@ TEST(Uri, LocalFilesAreMadeAbsoluteAndCanonicalWhenTheFolderExists) {
 
 TEST(XmlWriter, FollowsItsStateTableAndRefusesCallsOutOfOrder) {
     struct Row {
-        std::vector<std::string> steps;
+        const char *steps;    // calls separated by spaces
         std::string refusal;  // the text of the call that is refused, "" if none is
         std::string file;     // what the file holds afterwards
     };
     const Row rows[] = {
-        // A well-ordered document, with values deferred until their element or attribute ends.
-        // The end of a document writes a line end.
-        {{"doc", "start:a", "attr:k,v", "startattr:j", "value:1", "value:2", "endattr", "start:b",
-          "value:x", "value:y", "end", "element:c,t", "end", "enddoc"},
-         "",
-         kDeclaration + "<a k=\"v\" j=\"12\"><b>xy</b><c>t</c></a>\n"},
+        // Values are deferred until their element or attribute ends; the document ends a line.
+        {"doc start:a attr:k,v startattr:j value:1 value:2 endattr start:b value:x value:y end "
+         "element:c,t end enddoc",
+         "", D + "<a k=\"v\" j=\"12\"><b>xy</b><c>t</c></a>\n"},
         // An empty value writes no characters, so the element closes in the short form.
-        {{"doc", "start:a", "value:", "end", "enddoc"}, "", kDeclaration + "<a/>\n"},
-        // The end of the document closes every open element.
-        {{"doc", "start:a", "start:b", "start:c", "value:v", "enddoc"},
-         "",
-         kDeclaration + "<a><b><c>v</c></b></a>\n"},
+        {"doc start:a value: end enddoc", "", D + "<a/>\n"},
+        {"doc start:a start:b start:c value:v enddoc", "", D + "<a><b><c>v</c></b></a>\n"},
         // The end of an empty element also closes its parent in the stream.
-        {{"doc", "start:a", "empty:e", "attr:k,v", "end", "start:b", "enddoc"},
-         "",
-         kDeclaration + "<a><e k=\"v\"/></a><b/>\n"},
-        {{"doc", "start:a", "empty:e,urn:d", "end", "start:b", "enddoc"},
-         "",
-         kDeclaration + "<a><n1:e xmlns:n1=\"urn:d\"/></a><b/>\n"},
-        // After the end of the document, a new one may start on the same stream.
-        {{"doc", "element:a,1", "enddoc", "doc", "empty:b", "enddoc"},
-         "",
-         kDeclaration + "<a>1</a>\n" + kDeclaration + "<b/>\n"},
+        {"doc start:a empty:e attr:k,v end start:b enddoc", "", D + "<a><e k=\"v\"/></a><b/>\n"},
+        {"doc start:a empty:e,urn:d end start:b enddoc", "",
+         D + "<a><n1:e xmlns:n1=\"urn:d\"/></a><b/>\n"},
+        {"doc element:a,1 enddoc doc empty:b enddoc", "", D + "<a>1</a>\n" + D + "<b/>\n"},
         // Prefixed names are written as they are; namespaces are declared where asked.
-        {{"ns:urn:early,e", "doc", "start:p,x,urn:ignored", "defaultns:urn:d", "ns:urn:q,q",
-          "attr:q,k,urn:q,1", "attr:plain,urn:q,2", "element:y,urn:d,3", "end", "enddoc"},
+        {"ns:urn:early,e doc start:p,x,urn:ignored defaultns:urn:d ns:urn:q,q attr:q,k,urn:q,1 "
+         "attr:plain,urn:q,2 element:y,urn:d,3 end enddoc",
          "",
-         kDeclaration + "<p:x xmlns:e=\"urn:early\" xmlns=\"urn:d\" xmlns:q=\"urn:q\" q:k=\"1\" "
-                        "q:plain=\"2\"><y>3</y></p:x>\n"},
-        {{"start:a"}, "Invalid state when processing writeStartElement", ""},
-        {{"empty:a"}, "Invalid state when processing writeEmptyElement", ""},
-        {{"doc", "doc"}, "Invalid state when processing writeStartDocument", kDeclaration},
-        {{"enddoc"}, "Invalid state when processing writeEndDocument", ""},
-        {{"doc", "value:x"}, "Invalid state when processing writeValue", kDeclaration},
-        {{"doc", "start:a", "value:t", "attr:k,v"},
-         "Invalid state when processing writeStartAttribute",
-         kDeclaration + "<a"},
-        {{"doc", "start:a", "value:t", "start:b"},
-         "Invalid state when processing writeStartElement",
-         kDeclaration + "<a"},
-        {{"doc", "start:a", "endattr"},
-         "Invalid state when processing writeEndAttribute",
-         kDeclaration + "<a"},
-        {{"doc", "start:a", "startattr:k", "start:b"},
-         "Invalid state when processing writeStartElement",
-         kDeclaration + "<a"},
-        {{"doc", "start:a", "startattr:k", "enddoc"},
-         "Invalid state when processing writeEndDocument",
-         kDeclaration + "<a"},
-        {{"doc", "end"},
-         "Invalid state \"START_DOCUMENT\" when processing writeEndElement ",
-         kDeclaration},
-        {{"doc", "start:box", "startattr:k", "end"},
-         "Invalid state \"START_ATTRIBUTE\" when processing writeEndElement box",
-         kDeclaration + "<box"},
-        {{"end"}, "Invalid state \"INIT\" when processing writeEndElement ", ""},
+         D + "<p:x xmlns:e=\"urn:early\" xmlns=\"urn:d\" xmlns:q=\"urn:q\" q:k=\"1\" "
+             "q:plain=\"2\"><y>3</y></p:x>\n"},
+        {"start:a", R + "writeStartElement", ""},
+        {"empty:a", R + "writeEmptyElement", ""},
+        {"doc doc", R + "writeStartDocument", D},
+        {"enddoc", R + "writeEndDocument", ""},
+        {"doc value:x", R + "writeValue", D},
+        {"doc start:a value:t attr:k,v", R + "writeStartAttribute", D + "<a"},
+        {"doc start:a value:t start:b", R + "writeStartElement", D + "<a"},
+        {"doc start:a endattr", R + "writeEndAttribute", D + "<a"},
+        {"doc start:a startattr:k start:b", R + "writeStartElement", D + "<a"},
+        {"doc start:a startattr:k enddoc", R + "writeEndDocument", D + "<a"},
+        {"doc end", "Invalid state \"START_DOCUMENT\" when processing writeEndElement ", D},
+        {"doc start:box startattr:k end",
+         "Invalid state \"START_ATTRIBUTE\" when processing writeEndElement box", D + "<box"},
+        {"end", "Invalid state \"INIT\" when processing writeEndElement ", ""},
     };
     TempFolder folder;
     int index = 0;
     for (Row const &row : rows) {
         const std::string name = "out" + std::to_string(index++) + ".xml";
-        SCOPED_TRACE(name + ": " + row.steps.back());
-        std::string refusal;
-        {
-            XmlWriter writer(folder.path(name).c_str(), XmlWriterSettings(false));
-            for (std::string const &step : row.steps) {
-                try {
+        SCOPED_TRACE(row.steps);
+        std::string refusal = thrown(
+            [&] {
+                XmlWriter writer(folder.path(name).c_str(), XmlWriterSettings(false));
+                std::istringstream steps(row.steps);
+                for (std::string step; steps >> step;) {
                     call(writer, step);
-                } catch (VORT::Exception const &e) {
-                    refusal = e.what();
-                    EXPECT_EQ(e.where().file(), ".\\xml\\XmlWriterImpl");
-                    break;
                 }
-            }
-        }
-        EXPECT_EQ(refusal, row.refusal);
+            },
+            ".\\xml\\XmlWriterImpl");
+        EXPECT_EQ(refusal == "(nothing)" ? "" : refusal, row.refusal);
         EXPECT_EQ(folder.read(name), row.file);
     }
 }
 
 TEST(XmlWriter, FormatsFlushesAndKeepsTheCodecNameButWritesUtf8) {
     TempFolder folder;
-    const std::string path = folder.path("f.xml");
     {
-        XmlWriter writer(path.c_str(), XmlWriterSettings(true, "ISO-8859-1", true));
+        XmlWriter writer(folder.path("f.xml").c_str(), XmlWriterSettings(true, "ISO-8859-1", true));
         writer.writeStartDocument("1.0");
         writer.writeStartElement("a");
         writer.writeElement("b", "é");
         // Unbuffered: on disk before the writer goes.
-        EXPECT_EQ(folder.read("f.xml"), kDeclaration + "\n<a>\n    <b>é</b>");
+        EXPECT_EQ(folder.read("f.xml"), D + "\n<a>\n    <b>é</b>");
         writer.writeEndDocument();
         writer.close();
     }
-    EXPECT_EQ(folder.read("f.xml"), kDeclaration + "\n<a>\n    <b>é</b>\n</a>\n");
-
-    try {
-        XmlWriter writer(folder.path("no/such/folder.xml").c_str());
-        ADD_FAILURE() << "no exception";
-    } catch (VORT::Exception const &e) {
-        EXPECT_EQ(std::string(e.what()), "Error in initializing XmlWriter with target " +
-                                             folder.path("no/such/folder.xml") +
-                                             " : No such file or directory");
-    }
+    EXPECT_EQ(folder.read("f.xml"), D + "\n<a>\n    <b>é</b>\n</a>\n");
+    const std::string nowhere = folder.path("no/such/folder.xml");
+    EXPECT_EQ(
+        thrown([&] { XmlWriter writer(nowhere.c_str()); }, ".\\xml\\XmlWriterImpl"),
+        "Error in initializing XmlWriter with target " + nowhere + " : No such file or directory");
+    EXPECT_EQ(
+        thrown([&] { XmlReader reader(nowhere.c_str()); }, ".\\xml\\XmlReaderImpl"),
+        "Error in initializing XmlReader with target " + nowhere + " : No such file or directory");
 }
 
 TEST(XmlReader, WalksEveryEventWithItsNamesAndTexts) {
     TempFolder folder;
-    const std::string file =
-        folder.write("doc.xml",
-                     "<?xml version=\"1.0\" standalone=\"yes\"?>\n"
-                     "<!-- note -->\n"
-                     "<?render fast?>\n"
-                     "<p:root xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:id=\"7\" plain=\"v\">"
-                     "text&amp;more<child/> <![CDATA[<raw>]]></p:root>\n");
-    XmlReader reader(file.c_str());
+    XmlReader reader(folder
+                         .write("doc.xml",
+                                "<?xml version=\"1.0\" standalone=\"yes\"?>\n"
+                                "<!-- note -->\n"
+                                "<?render fast?>\n"
+                                "<p:root xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:id=\"7\" plain=\"v\">"
+                                "text&amp;more<child/> <![CDATA[<raw>]]></p:root>\n")
+                         .c_str());
     EXPECT_EQ(reader.getEventType(), XmlEventTypes::NoToken);
 
     struct Step {
@@ -402,10 +336,11 @@ TEST(XmlReader, WalksEveryEventWithItsNamesAndTexts) {
 
 TEST(XmlReader, AnswersAttributesAndNamespacesOfTheCurrentElement) {
     TempFolder folder;
-    const std::string file = folder.write(
-        "ns.xml",
-        "<p:root xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:id=\"7\" plain=\"v\"><inner/></p:root>");
-    XmlReader reader(file.c_str());
+    XmlReader reader(folder
+                         .write("ns.xml",
+                                "<p:root xmlns:p=\"urn:p\" xmlns=\"urn:d\" p:id=\"7\" "
+                                "plain=\"v\"><inner/></p:root>")
+                         .c_str());
     reader.next();
     ASSERT_EQ(reader.next(), XmlEventTypes::StartElement);
 
@@ -440,68 +375,46 @@ TEST(XmlReader, AnswersAttributesAndNamespacesOfTheCurrentElement) {
               "urn:d|(null)||");
 }
 
-TEST(XmlReader, StringReferencesAreEqualByIdentityAndCompareTextsWithStrings) {
+TEST(XmlReader, ReferencesPrefixesWithoutNamespacesAndNextTag) {
     TempFolder folder;
-    const std::string file = folder.write("refs.xml", "<x:y xmlns:x=\"urn:x\">é</x:y>");
-    XmlReader reader(file.c_str());
+    XmlReader reader(folder.write("refs.xml", "<x:y xmlns:x=\"urn:x\">é</x:y>").c_str());
     reader.next();
     reader.next();
-    const XmlStringRef one = reader.getLocalName();
-    const XmlStringRef two = reader.getLocalName();
-    EXPECT_NE(one, two);
-    EXPECT_EQ(one, "y");
-    EXPECT_EQ(two, std::string("y"));
-    EXPECT_NE(one, "z");
-    const XmlStringRef copy = one;
-    EXPECT_EQ(copy, one);
-    EXPECT_EQ(copy.hashCode(), one.hashCode());
-    EXPECT_EQ(reader.getPrefix(), "x");
+    // References are equal by identity, and compare their texts with strings.
+    const XmlStringRef one = reader.getLocalName(), two = reader.getLocalName(), copy = one;
+    EXPECT_TRUE(one != two && one == "y" && two == std::string("y") && one != "z");
+    EXPECT_TRUE(copy == one && copy.hashCode() == one.hashCode() && reader.getPrefix() == "x");
     XmlStringRef empty;
     EXPECT_TRUE(empty.isNull() && empty == "");
-    empty = one;
-    EXPECT_EQ(empty, one);
-
     reader.next();
-    EXPECT_EQ(reader.getText(), "é");
-    EXPECT_TRUE(reader.getLocalName().isNull());
-}
+    EXPECT_TRUE(reader.getText() == "é" && reader.getLocalName().isNull());
 
-TEST(XmlReader, PrefixesWorkOnTheWrittenNameEvenWithoutNamespaceProcessing) {
-    TempFolder folder;
-    const std::string file = folder.write("plain.xml", "<x:y a:b=\"1\" c=\"2\"><w/></x:y>");
-    XmlReader reader(file.c_str(), XmlReaderSettings(false));
-    reader.next();
-    ASSERT_EQ(reader.next(), XmlEventTypes::StartElement);
-    EXPECT_FALSE(reader.hasError());
-    EXPECT_EQ(joined(reader.getPrefix(), reader.getLocalName(), reader.getNamespaceURI(),
-                     reader.getAttributePrefix(0), reader.getAttributePrefix(1)),
+    const std::string plain = folder.write("plain.xml", "<x:y a:b=\"1\" c=\"2\"><w/></x:y>");
+    XmlReader flat(plain.c_str(), XmlReaderSettings(false));
+    flat.next();
+    ASSERT_EQ(flat.next(), XmlEventTypes::StartElement);
+    EXPECT_FALSE(flat.hasError());
+    EXPECT_EQ(joined(flat.getPrefix(), flat.getLocalName(), flat.getNamespaceURI(),
+                     flat.getAttributePrefix(0), flat.getAttributePrefix(1)),
               "x|y|(null)|a|(null)|");
-    ASSERT_EQ(reader.next(), XmlEventTypes::StartElement);
-    EXPECT_TRUE(reader.getPrefix().isNull());
-}
+    ASSERT_EQ(flat.next(), XmlEventTypes::StartElement);
+    EXPECT_TRUE(flat.getPrefix().isNull());
 
-TEST(XmlReader, NextTagSkipsToTheEndTagAndKeepsTheSnapshot) {
-    TempFolder folder;
-    const std::string file = folder.write("tag.xml", "<a k=\"1\">text<b/>more</a>");
-    XmlReader reader(file.c_str());
-    reader.next();
-    ASSERT_EQ(reader.next(), XmlEventTypes::StartElement);
-    // A child element inside the text is an error of the text reader.
-    XmlReader shared = reader;
+    // A child element inside the text is an error of the text reader, seen by every copy.
+    XmlReader tag(folder.write("tag.xml", "<a k=\"1\">text<b/>more</a>").c_str());
+    tag.next();
+    tag.next();
+    XmlReader shared = tag;
     EXPECT_EQ(shared.nextTag(), XmlEventTypes::Invalid);
-    EXPECT_TRUE(reader.hasError());
-
+    EXPECT_TRUE(tag.hasError());
     const std::string simple = folder.write("simple.xml", "<a k=\"1\">text</a><!-- -->");
-    XmlReader second(simple.c_str());
-    second.next();
-    second.next();
+    XmlReader second(simple.c_str()), third(simple.c_str());
+    for (XmlReader *r : {&second, &third}) {
+        r->next();
+        r->next();
+    }
     EXPECT_EQ(second.nextTag(), XmlEventTypes::EndElement);
-    EXPECT_EQ(second.getAttributeCount(), 1);
-    EXPECT_EQ(second.getLocalName(), "a");
-
-    XmlReader third(simple.c_str());
-    third.next();
-    third.next();
+    EXPECT_TRUE(second.getAttributeCount() == 1 && second.getLocalName() == "a");
     EXPECT_EQ(third.getElementText(), "text");
     EXPECT_TRUE(third.isEndElement());
 }
@@ -517,8 +430,6 @@ TEST(XmlReader, ReportsParseErrorsWithTheirPlaceAndNeverThrows) {
     const Row rows[] = {
         {"unclosed.xml", "<a>\n<b>\n", 3, "Premature end of document."},
         {"mismatch.xml", "<a>\n  <b></c></a>", 2, "Opening and ending tag mismatch."},
-        {"two roots.xml", "<a/><b/>", 1, "Extra content at end of document."},
-        {"empty.xml", "", 1, "Premature end of document."},
         {"binary.xml", std::string("<a>\0</a>", 8), 1, ""},
     };
     for (Row const &row : rows) {
@@ -526,79 +437,34 @@ TEST(XmlReader, ReportsParseErrorsWithTheirPlaceAndNeverThrows) {
         const std::string file = folder.write(row.name, row.bytes);
         XmlReader reader(file.c_str());
         int steps = 0;
-        while (reader.hasNext() && steps < 100) {
+        while (reader.hasNext() && steps++ < 100) {
             reader.next();
-            ++steps;
         }
-        EXPECT_LT(steps, 100);
-        EXPECT_TRUE(reader.hasError());
-        EXPECT_EQ(reader.getEventType(), XmlEventTypes::Invalid);
+        EXPECT_TRUE(reader.hasError() && reader.getEventType() == XmlEventTypes::Invalid);
         if (*row.text != '\0') {
             EXPECT_EQ(reader.error(), row.text);
         }
-        const VORT::Location where = reader.getLocation();
-        EXPECT_EQ(where.getSystemId(), file);
-        EXPECT_EQ(where.getLineNumber(), row.line);
+        EXPECT_EQ(reader.getLocation().getSystemId(), file);
+        EXPECT_EQ(reader.getLocation().getLineNumber(), row.line);
     }
-
-    const std::string good = folder.write("good.xml", "<a/>");
-    XmlReader reader(good.c_str());
+    XmlReader reader(folder.write("good.xml", "<a/>").c_str());
     reader.next();
     reader.raiseError("mine");
-    EXPECT_TRUE(reader.hasError());
-    EXPECT_EQ(reader.error(), "mine");
-    EXPECT_FALSE(reader.hasNext());
+    EXPECT_TRUE(reader.hasError() && reader.error() == "mine" && !reader.hasNext());
 }
 
-TEST(XmlReader, ThrowsWhenTheFileCannotBeOpened) {
-    TempFolder folder;
-    const std::string missing = folder.path("none.xml");
-    try {
-        XmlReader reader(missing.c_str());
-        ADD_FAILURE() << "no exception";
-    } catch (VORT::Exception const &e) {
-        EXPECT_EQ(std::string(e.what()), "Error in initializing XmlReader with target " + missing +
-                                             " : No such file or directory");
-        EXPECT_EQ(e.where().file(), ".\\xml\\XmlReaderImpl");
-    }
-}
-
-TEST(XmlReader, BoundsEntityExpansionAndDocumentSize) {
-    TempFolder folder;
-    // Each entity expands tenfold; the last would be ten billion characters.
-    std::string bomb = "<?xml version=\"1.0\"?><!DOCTYPE b [<!ENTITY e0 \"lol\">";
-    for (int i = 1; i < 10; ++i) {
-        bomb += "<!ENTITY e" + std::to_string(i) + " \"";
-        for (int j = 0; j < 10; ++j) {
-            bomb += "&e" + std::to_string(i - 1) + ";";
-        }
-        bomb += "\">";
-    }
-    bomb += "]><b>&e9;</b>";
-    const std::string bombFile = folder.write("bomb.xml", bomb);
-    XmlReader reader(bombFile.c_str());
-    std::size_t characters = 0;
-    while (reader.hasNext()) {
-        if (reader.next() == XmlEventTypes::Characters) {
-            characters += reader.getText().toString().size();
-        }
-    }
-    EXPECT_TRUE(reader.hasError());
-    EXPECT_LT(characters, 100000u);
-
+TEST(XmlReader, BoundsTheDocumentSize) {
     // One long text node, just over the bound: nothing but the error comes out.
+    TempFolder folder;
     std::string big = "<a>";
     big.append(XmlReader::MAX_DOCUMENT_BYTES, 'x');
     big += "</a>";
     const std::string bigFile = folder.write("big.xml", big);
-    big.clear();
-    big.shrink_to_fit();
+    big = std::string();
     XmlReader large(bigFile.c_str());
-    EXPECT_TRUE(large.hasError());
-    EXPECT_FALSE(large.hasNext());
+    EXPECT_TRUE(large.hasError() && !large.hasNext());
     EXPECT_EQ(large.next(), XmlEventTypes::Invalid);
     EXPECT_EQ(large.error(), "Document larger than 16777216 bytes");
-
     // A device that tells no size and never ends is read as far as the bound, and no further.
     XmlReader endless("/dev/zero");
     EXPECT_FALSE(endless.hasNext());
