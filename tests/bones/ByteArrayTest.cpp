@@ -1,11 +1,10 @@
+#include "support/FuzzCorpus.h"
 #include <vort/bones/ByteArray.h>
 #include <vort/err/ErrorHolder.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <random>
 #include <sstream>
@@ -59,10 +58,15 @@ void expectDecodedAsTheReference(std::string const &text) {
     ASSERT_EQ(textOf(ByteArray::fromBase64(text, error)), expected) << text;
     ASSERT_EQ(error.hasError(), !valid) << text;
     if (!valid) {
-        ASSERT_EQ(error.what(), "Can't convert string '" + text + "' from Base64.");
-        ASSERT_EQ(error.description()->where().file(), ".\\types\\ByteArrayType");
-        ASSERT_EQ(error.description()->where().line(), 290u);
+        ASSERT_EQ(error.what() + error.description()->where().file() +
+                      std::to_string(error.description()->where().line()),
+                  "Can't convert string '" + text + "' from Base64..\\types\\ByteArrayType290");
     }
+}
+
+int decodeAsTheReference(const std::uint8_t *data, std::size_t size) {
+    expectDecodedAsTheReference(std::string(reinterpret_cast<const char *>(data), size));
+    return 0;
 }
 
 }  // namespace
@@ -76,17 +80,15 @@ TEST(ByteArray, Base64RoundTripsEveryLengthAndByte) {
         EXPECT_EQ(bytesOf(known[i]).toBase64(), std::string(known[i + 1]) + '\0');
     }
     std::mt19937 random(42);
+    std::string bytes;
     for (unsigned int length = 0; length < 300; ++length) {
-        std::string bytes;
-        for (unsigned int i = 0; i < length; ++i) {
-            bytes.push_back(static_cast<char>(random()));
-        }
         const std::string encoded = bytesOf(bytes).toBase64();
         ASSERT_EQ(encoded.size(), (length + 2) / 3 * 4 + 1) << length;
         ASSERT_EQ(encoded.find('\0'), encoded.size() - 1) << length;
         ErrorHolder error;
         ASSERT_EQ(textOf(ByteArray::fromBase64(encoded.c_str(), error)), bytes) << length;
         ASSERT_FALSE(error.hasError());
+        bytes.push_back(static_cast<char>(random()));
     }
 }
 
@@ -113,26 +115,12 @@ TEST(ByteArray, FromBase64SkipsPaddingAnywhereDropsLooseBitsAndRejectsTheRest) {
         }
         expectDecodedAsTheReference(text);
     }
-}
-
-TEST(ByteArray, ReplaysFuzzerFindings) {
-    int replayed = 0;
-    for (auto const &entry : std::filesystem::directory_iterator(
-             std::filesystem::path(VORT_FUZZ_CORPUS_DIR) / "base64_fuzzer")) {
-        if (entry.is_regular_file() && entry.path().filename().string()[0] != '.') {
-            std::ifstream file(entry.path(), std::ios::binary);
-            expectDecodedAsTheReference(std::string(std::istreambuf_iterator<char>(file), {}));
-            ++replayed;
-        }
-    }
-    EXPECT_GT(replayed, 0);
+    vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "base64_fuzzer", &decodeAsTheReference);
 }
 
 TEST(ByteArray, EditsSlicesAndComparisons) {
-    EXPECT_EQ(ByteArray().data(), nullptr);
     const unsigned char raw[] = {1, 2, 250};
     EXPECT_EQ(ByteArray(raw, 3)[2u] + ByteArray(raw, 3)[1], 252);
-    EXPECT_EQ(textOf(ByteArray(4u, 'x')), "xxxx");
     ByteArray bytes = bytesOf("cd");
     bytes.append(bytesOf("ef")).append("gh", 2).prepend(bytesOf("b")).prepend("a", 1);
     bytes.insert(4, bytesOf("--")).insert(0, "<", 1).insert(bytes.size(), ">", 1);
@@ -141,16 +129,13 @@ TEST(ByteArray, EditsSlicesAndComparisons) {
     ByteArray self = bytesOf("xy");  // parts of itself
     self.append(self).prepend(self);
     self.insert(1, reinterpret_cast<const char *>(self.data()) + 6, 2);
-    EXPECT_EQ(textOf(self), "xxyyxyxyxy");
     self.resize(12, '!');
     self[0] = 'X';
     ByteArray copy = self;  // a copy owns its bytes
     copy.resize(2, '?');
-    EXPECT_EQ(textOf(self), "Xxyyxyxyxy!!");
-    EXPECT_EQ(textOf(copy), "Xx");
-    EXPECT_TRUE(bytesOf("abcdef").slice(2, 2).isEmpty());
+    EXPECT_EQ(textOf(self) + textOf(copy), "Xxyyxyxyxy!!Xx");
+    EXPECT_TRUE(bytesOf("abcdef").slice(2, 2).isEmpty() && ByteArray().data() == nullptr);
     EXPECT_EQ(textOf(bytesOf("abcdef").slice(1, 4)), "bcd");
-
     // Unsigned bytes, shorter first.
     const ByteArray ab = bytesOf("ab"), abc = bytesOf("abc");
     EXPECT_TRUE(ab < abc && ab <= abc && abc > ab && abc >= ab && ab != abc && !(abc < ab));
@@ -164,9 +149,7 @@ TEST(ByteArray, StreamsAsBase64ThatDoesNotReadBack) {
     EXPECT_EQ(out.str(), std::string("TWFu\0 ", 6));
     ByteArray back = bytesOf("old");
     out >> back;  // the written NUL is part of the word read
-    EXPECT_TRUE(out.fail());
-    EXPECT_TRUE(back.isEmpty());
-
+    EXPECT_TRUE(out.fail() && back.isEmpty());
     std::istringstream in("  TWFu Zm9v\nbad!word TWE=");
     ByteArray first, second, third, fourth;
     in >> first >> second;

@@ -38,10 +38,10 @@ TEST(DataObject, StoresValuesAsGivenOnePerNameAndReportsMissingOnes) {
         EXPECT_TRUE(!data.hasData(name) && data.getData(name, error).empty());
         EXPECT_TRUE(data.getDataAsBytes(name, bytesError).isEmpty());
         for (ErrorHolder const *e : {&error, &bytesError}) {
-            EXPECT_EQ(e->what() + e->id(), "Unsupported Mime TypeNexlark::GenericError");
             ASSERT_TRUE(e->hasError());
-            EXPECT_EQ(e->description()->where().file(), ".\\bones\\DataObject");
-            EXPECT_EQ(e->description()->where().line(), 84u);
+            EXPECT_EQ(e->what() + e->id() + e->description()->where().file() +
+                          std::to_string(e->description()->where().line()),
+                      "Unsupported Mime TypeNexlark::GenericError.\\bones\\DataObject84");
         }
     }
     // Not checked against the name's type: a string under the bool name is kept as it is, and
@@ -64,14 +64,11 @@ TEST(DataObject, StoresValuesAsGivenOnePerNameAndReportsMissingOnes) {
     DataObject copy(data), assigned;
     copy.setData(kBool, any(false));
     copy.setData(kBytes, any(ByteArray()));
-    assigned.setData(kBytes, any(ByteArray()));
     assigned = data;
     assigned.clear();
-    EXPECT_TRUE(assigned.getDataTypes().empty() && !assigned.hasData(kBool));
+    EXPECT_TRUE(assigned.getDataTypes().empty() && !data.hasData(kBytes));
     EXPECT_EQ(any_cast<std::string>(data.getData(kBool, error)), "true");
-    EXPECT_FALSE(data.hasData(kBytes));
     EXPECT_EQ(any_cast<ByteArray>(copy.getData(kUnknown, error)), ByteArray(3u, 'x'));
-    EXPECT_FALSE(error.hasError());
 }
 
 TEST(DataObject, BytesGoThroughTheRegisteredTypeAndAFailedReadStillStores) {
@@ -83,8 +80,6 @@ TEST(DataObject, BytesGoThroughTheRegisteredTypeAndAFailedReadStillStores) {
     data.setDataFromBytes(kHash, hashBytes, error);
     EXPECT_EQ(any_cast<MD5Hash>(data.getData(kHash, error)), MD5Hash(1, 2, 3, 4));
     EXPECT_EQ(data.getDataAsBytes(kHash, error), hashBytes);
-    data.setDataFromBytes(kBytes, ByteArray("abc", 3u), error);
-    EXPECT_EQ(any_cast<ByteArray>(data.getData(kBytes, error)), ByteArray("abc", 3u));
     const ByteArray raw("\0\x01\xFEpayload", 10u);  // unknown names carry bytes unchanged
     data.setDataFromBytes(kUnknown, raw, error);
     EXPECT_EQ(any_cast<ByteArray>(data.getData(kUnknown, error)), raw);
@@ -135,35 +130,26 @@ struct Derived : Base {};
 
 }  // namespace
 
-TEST(Any, HoldsDeepCopiesComparedByTypeAndValue) {
+TEST(Any, HoldsDeepCopiesComparedByTypeAndValueAndCastsToTheExactType) {
     const any none;
-    EXPECT_TRUE(none.empty() && any(none).empty());
     any held(std::vector<std::string>{"a", "b"});
     any copy(held);  // a non-const any is copied, not wrapped in another any
-    EXPECT_EQ(copy.type(), typeid(std::vector<std::string>));
     any_cast<std::vector<std::string>>(&copy)->push_back("c");
     EXPECT_EQ(any_cast<std::vector<std::string>>(held).size(), 2u);
     copy = none;
-    EXPECT_TRUE(copy.empty());
-
+    EXPECT_TRUE(copy.empty() && any(none).empty());
     EXPECT_TRUE(any(1) == any(1));
     EXPECT_FALSE(any(1) == any(2) || any(1) == any(1.0) || any(1) == any());
     const VORT::ByteArray ab("ab", 2), abc("abc", 3);
     EXPECT_TRUE(any(ab) == any(VORT::ByteArray("ab", 2)));
     EXPECT_FALSE(any(ab) == any(abc) || any(abc) == any(ab));
-}
 
-TEST(Any, CastNeedsTheExactTypeAndThePointerFormGivesNullInstead) {
     any value(5);
     EXPECT_THROW(any_cast<unsigned int>(value), bad_any_cast);
     EXPECT_THROW(any_cast<int>(any()), bad_any_cast);
     EXPECT_THROW(any_cast<Base>(any(Derived())), bad_any_cast);
-    try {
-        any_cast<double>(value);
-        ADD_FAILURE() << "no exception";
-    } catch (std::bad_cast const &error) {
-        EXPECT_STREQ(error.what(), "VORT::bad_any_cast: failed conversion using VORT::any_cast");
-    }
+    EXPECT_STREQ(bad_any_cast().what(),
+                 "VORT::bad_any_cast: failed conversion using VORT::any_cast");
     EXPECT_TRUE(any_cast<int>(static_cast<any *>(nullptr)) == nullptr &&
                 any_cast<int>(static_cast<const any *>(nullptr)) == nullptr &&
                 any_cast<double>(&value) == nullptr);
@@ -182,8 +168,7 @@ TEST(Any, AssignmentAndSwapKeepOwnershipStraight) {
         EXPECT_THROW(a = b, std::runtime_error);
         EXPECT_EQ(any_cast<Tracked>(&a)->value, 2);
         a = b;
-        EXPECT_TRUE(a == b);
-        EXPECT_EQ(Tracked::live, 2);
+        EXPECT_TRUE(a == b && Tracked::live == 2);
     }
     EXPECT_EQ(Tracked::live, 0);
 }

@@ -1,12 +1,9 @@
 #include <vort/bones/MathUtils.h>
-#include <vort/bones/UUID.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
-#include <set>
-#include <string>
 
 using VORT::pi;
 
@@ -44,21 +41,4 @@ TEST(MathUtils, NormalizesAnglesIntoTheClosedRange) {
     }
     EXPECT_TRUE(std::isnan(VORT::normalizeAndReturnAngle(std::numeric_limits<double>::infinity())));
     EXPECT_TRUE(std::isnan(VORT::normalizeAndReturnAngle(std::nanf(""))));
-}
-
-TEST(UUID, MakesFreshLowerCaseVersion4Texts) {
-    std::set<std::string> seen;
-    for (int i = 0; i < 100; ++i) {
-        const std::string uuid = VORT::UUID::createUuidAsString();
-        ASSERT_EQ(uuid.size(), 36u) << uuid;
-        for (std::size_t at = 0; at < uuid.size(); ++at) {
-            const bool hyphen = at == 8 || at == 13 || at == 18 || at == 23;
-            const char c = uuid[at];
-            ASSERT_TRUE(hyphen ? c == '-' : (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'))
-                << uuid;
-        }
-        EXPECT_EQ(uuid[14], '4') << uuid;
-        seen.insert(uuid);
-    }
-    EXPECT_EQ(seen.size(), 100u);
 }

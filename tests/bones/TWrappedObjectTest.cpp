@@ -1,5 +1,4 @@
 #include "support/Latch.h"
-#include <vort/bones/NotifyBlockPasted.h>
 #include <vort/bones/TWrappedObject.h>
 #include <vort/messaging/Thread.h>
 
@@ -10,7 +9,6 @@
 #include <thread>
 #include <vector>
 
-using VORT::NotifyBlockPasted;
 using VORT::StringID;
 using VORT::TWrappedObject;
 
@@ -42,8 +40,8 @@ TEST(TWrappedObject, AnnouncesItsEndWhileStillWholeOnTheEmitterItShares) {
     object->destroyed.connect(&obituary, &Obituary::onDestroyed);
     {
         TWrappedObject copy(*object);  // the name, but not the listeners
-        EXPECT_EQ(copy.getTWrapperClassName(), StringID("tools.paint:Brush"));
-        EXPECT_FALSE(copy.destroyed.hasConnections());
+        EXPECT_TRUE(copy.getTWrapperClassName() == StringID("tools.paint:Brush") &&
+                    !copy.destroyed.hasConnections());
     }
     EXPECT_TRUE(obituary.ended.empty());
     TWrappedObject *const address = object.get();
@@ -84,27 +82,4 @@ TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
     ASSERT_TRUE(processed.wait());
     other.join();
     EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
-}
-
-namespace {
-
-class Paste : public VTMS::Listener {
-public:
-    ~Paste() override { disconnect(); }
-    void onPasted() { ++count; }
-    int count = 0;
-};
-
-}  // namespace
-
-TEST(NotifyBlockPasted, OneInstanceCallsItsListenersDirectly) {
-    NotifyBlockPasted *const instance = NotifyBlockPasted::getInstance();
-    ASSERT_TRUE(instance != nullptr && NotifyBlockPasted::getInstance() == instance);
-    Paste paste;
-    instance->connect(&paste, &Paste::onPasted);
-    // The default mode calls a listener without a thread inside the send.
-    instance->send();
-    EXPECT_EQ(paste.count, 1);
-    paste.disconnect();
-    EXPECT_FALSE(instance->hasConnections());
 }

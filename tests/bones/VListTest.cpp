@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -92,26 +93,17 @@ void apply(Op op, int a, int b, int value, VList<int> &list, std::deque<int> &mo
 }  // namespace
 
 TEST(VortAllocMore, SizesBlocksInStepsOfEightThenPowersOfTwo) {
-    const int rows[][3] = {
-        {0, 24, 8},
-        {39, 24, 40},
-        {40, 24, 40},
-        {41, 24, 104},
-        {1, 0, 8},
-        {7, 0, 8},
-        {8, 0, 16},
-        {63, 0, 64},
-        {64, 0, 64},
-        {65, 0, 128},
-        {4072, 24, 4072},
-        {4073, 24, 8168},
-        {4000, 16, 4080},
-        {1 << 30, 0, 1 << 30},
-        {(1 << 30) + 1, 0, 0x7FFFFFFF},
-        {0x7FFFFFF0, 64, 0x7FFFFFFF},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(VORT::vortAllocMore(row[0], row[1]), row[2]) << row[0] << ", " << row[1];
+    // (size, header, result)
+    // Triples: size, header, block.
+    // clang-format off
+    const int rows[] = {0, 24, 8,         39, 24, 40,       40, 24, 40,   41, 24, 104,
+                        1, 0, 8,          7, 0, 8,          8, 0, 16,     63, 0, 64,
+                        64, 0, 64,        65, 0, 128,       4072, 24, 4072,
+                        4073, 24, 8168,   4000, 16, 4080,   0x40000000, 0, 0x40000000,
+                        0x40000001, 0, 0x7FFFFFFF,          0x7FFFFFF0, 64, 0x7FFFFFFF};
+    // clang-format on
+    for (size_t r = 0; r < std::size(rows); r += 3) {
+        EXPECT_EQ(VORT::vortAllocMore(rows[r], rows[r + 1]), rows[r + 2]) << r / 3;
     }
     EXPECT_EQ(offsetof(VListData::Data, items), 24u);  // the header ends where the slots begin
     const int grown[][2] = {{0, 1}, {1, 2}, {5, 5}, {6, 13}, {509, 509}, {510, 1021}};
@@ -129,10 +121,7 @@ TEST(VListData, DetachCopiesTheSlotsAndDropsTheOldCount) {
     raw.d->ref.ref();
     VListData::Data *original = raw.d;
     EXPECT_EQ(raw.detach(), nullptr);  // `a` still holds the original
-    EXPECT_NE(raw.d, original);
-    EXPECT_EQ(int(raw.d->ref), 1);
-    EXPECT_EQ(int(original->ref), 1);
-    EXPECT_EQ(raw.d->sharable, 1u);
+    EXPECT_TRUE(raw.d != original && raw.d->ref == 1 && original->ref == 1 && raw.d->sharable);
     EXPECT_EQ(Layout({raw.d->first, raw.d->last, raw.d->capacity}), Layout({0, 5, 8}));
     for (int i = 0; i < 5; ++i) {
         EXPECT_EQ(&raw.d->items[raw.d->first + i], raw.at(i));

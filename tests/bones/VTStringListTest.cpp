@@ -18,7 +18,7 @@ std::string walk(VTStringList &list) {
 
 }  // namespace
 
-TEST(VTStringList, InsertsAtClampedIndicesAndOwnsItsCopies) {
+TEST(VTStringList, InsertsAtClampedIndicesOwnsItsCopiesAndWalksARing) {
     char text[] = "b";
     VTStringList list;
     EXPECT_TRUE(list.firstElement() == nullptr && list.nextElement() == nullptr);
@@ -30,35 +30,28 @@ TEST(VTStringList, InsertsAtClampedIndicesAndOwnsItsCopies) {
     list.insertElement(99, "last");
     list.insertElement(2, "mid");
     list.insertElement(1, nullptr);
-    EXPECT_EQ(walk(list), "first,a,mid,b,last");
-    EXPECT_EQ(list.size(), 5);
-
-    // Inserting leaves the cursor on its element.
+    EXPECT_EQ(walk(list) + std::to_string(list.size()), "first,a,mid,b,last5");
+    // Inserting leaves the cursor on its element; at the end the cursor stays there.
     EXPECT_STREQ(list.firstElement(), "first");
     list.insertElement(0, "new");
     EXPECT_STREQ(list.nextElement(), "a");
     EXPECT_EQ(walk(list), "new,first,a,mid,b,last");
-    EXPECT_EQ(list.nextElement(), nullptr);  // at the end the cursor stays there
-}
+    EXPECT_EQ(list.nextElement(), nullptr);
 
-TEST(VTStringList, ElementAtWalksARingThroughTheEnd) {
-    VTStringList list(std::vector<std::string>{"a", "b", "c"});
-    const std::pair<int, const char *> cases[] = {{0, "a"}, {2, "c"},     {3, nullptr}, {4, "a"},
-                                                  {6, "c"}, {7, nullptr}, {8, "a"},     {-1, "a"}};
-    for (auto const &c : cases) {
-        const char *element = list.elementAt(c.first);
-        EXPECT_EQ(element == nullptr ? "null" : std::string(element),
-                  c.second == nullptr ? "null" : c.second)
-            << c.first;
+    VTStringList ring(std::vector<std::string>{"a", "b", "c"});
+    std::string seen;
+    for (int index : {0, 2, 3, 4, 6, 7, 8, -1}) {
+        const char *element = ring.elementAt(index);
+        seen += element == nullptr ? "-" : element;
     }
+    EXPECT_EQ(seen, "ac-ac-aa");
     EXPECT_EQ(VTStringList().elementAt(5), nullptr);
 }
 
-TEST(VTStringList, RemovesEveryMatchAndRewindsTheCursor) {
+TEST(VTStringList, RemovesEveryMatchRewindsTheCursorAndComparesElementByElement) {
     VTStringList list(std::vector<std::string>{"Alpha", "beta", "ALPHA", "alpha_", "Alpha"});
     EXPECT_TRUE(list.isInList("alpha", false) && !list.isInList("alpha", true));
     EXPECT_FALSE(list.isInList(nullptr, false) || list.removeElement(nullptr, false));
-
     list.firstElement();
     list.nextElement();
     EXPECT_FALSE(list.removeElement("gamma", false));
@@ -67,21 +60,16 @@ TEST(VTStringList, RemovesEveryMatchAndRewindsTheCursor) {
     EXPECT_STREQ(list.nextElement(), "ALPHA");  // the cursor went back to the first element
     EXPECT_TRUE(list.removeElement("alpha", false));
     EXPECT_EQ(walk(list), "beta,alpha_");
-}
 
-TEST(VTStringList, CopiesAndComparesElementByElement) {
-    VTStringList list(std::vector<std::string>{"one", std::string("t\0wo", 4), "three"});
-    EXPECT_EQ(walk(list), "one,t,three");
-    VTStringList copy(list);
-    EXPECT_TRUE(copy == list && copy.elementAt(0) != list.elementAt(0));
+    VTStringList one(std::vector<std::string>{"one", std::string("t\0wo", 4), "three"});
+    EXPECT_EQ(walk(one), "one,t,three");
+    VTStringList copy(one), other(std::vector<std::string>{"one", "t", "Three"});
+    EXPECT_TRUE(copy == one && copy.elementAt(0) != one.elementAt(0));
     EXPECT_EQ(copy.nextElement(), nullptr);  // a copy's cursor starts at the end
-
-    VTStringList other(std::vector<std::string>{"one", "t", "Three"});
-    EXPECT_TRUE(other != list);
-    other = list;
+    EXPECT_TRUE(other != one);
+    other = one;
     other = other;
-    EXPECT_TRUE(other == list);
-    list.removeElement("one", true);
-    EXPECT_TRUE(other != list);
-    EXPECT_FALSE(VTStringList() != VTStringList());
+    EXPECT_TRUE(other == one);
+    one.removeElement("one", true);
+    EXPECT_TRUE(other != one && !(VTStringList() != VTStringList()));
 }

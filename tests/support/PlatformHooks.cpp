@@ -62,11 +62,9 @@ PlatformCapture::~PlatformCapture() {
 std::vector<AssertionReport> PlatformCapture::assertions() const {
     return read(&Captured::assertions);
 }
-
 std::string PlatformCapture::debugOutput() const {
     return read(&Captured::debug);
 }
-
 std::string PlatformCapture::consoleOutput() const {
     return read(&Captured::console);
 }
@@ -75,7 +73,7 @@ void PlatformCapture::clear() {
     std::lock_guard<std::mutex> guard(captured().lock);
     captured().assertions.clear();
     captured().debug = captured().console = std::string();
-    captured().clock.store(0.0);
+    captured().clock = 0.0;
 }
 
 void PlatformCapture::setClock(double seconds) {
