@@ -2,16 +2,19 @@
 #include "support/PlatformHooks.h"
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Holder.h>
+#include <vort/bones/ModuleObject.h>
+#include <vort/bones/TWrappedObject.h>
+#include <vort/messaging/Thread.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
-using VORT::AtomicCounter;
-using VORT::Holder;
-using VORT::ReferencedTemplate;
+using namespace VORT;
 
 namespace {
 
@@ -69,39 +72,6 @@ TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
         EXPECT_EQ(handle->count(), 1);
     }
     EXPECT_EQ(ends * 10 + children, 32);
-}
-
-TEST(ReferencedTemplate, CopiesOfAPlainCountStartAtZeroAndSharedOnesTakeTheCount) {
-    Holder<Plain> a(new Plain), a2(a), copy(new Plain(*a));
-    Holder<Shared> s(new Shared), s2(s);
-    Holder<Shared> sharedCopy(new Shared(*s));  // took the count of 2, then the handle's
-    EXPECT_EQ(copy->count() * 10 + sharedCopy->count(), 13);
-    sharedCopy->decrementReference();
-    sharedCopy->decrementReference();
-
-    // The single-thread check is debug code: it always asserts, and changes nothing.
-    vort_test::PlatformCapture platform;
-    EXPECT_TRUE(ReferencedTemplate<unsigned int>::ensureSingleThread(a.get(), true));
-    ASSERT_EQ(platform.assertions().size(), 1u);
-    const auto report = platform.assertions()[0];
-    EXPECT_EQ(report.expression + report.file + std::to_string(report.line) + report.message,
-              ": Forced Assertion.\\bones\\Holder47Debug code, this shouldn't be run in release.");
-    EXPECT_EQ(a->count(), 2);
-}
-
-TEST(Holder, AFactoryStartsUncounted) {
-    std::atomic<int> ends{0};
-    class Factory : public VORT::SingletonFactoryBase {
-    public:
-        explicit Factory(std::atomic<int> *ends) : m_ends(ends) {}
-        ~Factory() override { ++*m_ends; }
-        std::atomic<int> *m_ends;
-    };
-    Holder<VORT::SingletonFactoryBase> handle(new Factory(&ends));
-    EXPECT_EQ(handle->incrementReference(), 2);  // a factory starts uncounted
-    handle->decrementReference();
-    handle = nullptr;
-    EXPECT_EQ(ends.load(), 1);
 }
 
 TEST(HolderConcurrency, SharedObjectEndsOnceWhateverThreadDropsLast) {
@@ -178,4 +148,150 @@ TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     EXPECT_EQ(int(counter), threads * rounds * 2);
     EXPECT_EQ(int(swapped), threads * rounds);
     EXPECT_EQ(int(zeroes), 0);
+}
+
+namespace {
+
+std::vector<std::string> g_released;
+
+struct Item {
+    std::string name;
+    ModuleObjectDeleter *enterLate = nullptr;  // a deleter to enter a new object into as it ends
+    ModuleObject **late = nullptr;
+};
+
+struct RecordingDeleter {
+    void operator()(Item *item) const;
+};
+using ItemEntry = ModuleObjectImpl<Item *, RecordingDeleter>;
+
+void RecordingDeleter::operator()(Item *item) const {
+    g_released.push_back(item->name);
+    if (item->enterLate != nullptr) {
+        *item->late = new ItemEntry(new Item{"late"});
+        item->enterLate->append(*item->late);
+    }
+    delete item;
+}
+
+// A pointer-like value whose token tells when the entry that holds it has been freed.
+struct Probe {
+    Item *item;
+    std::shared_ptr<int> token;
+    explicit operator bool() const { return item != nullptr; }
+};
+struct ProbeDeleter {
+    void operator()(Probe const &probe) const { RecordingDeleter()(probe.item); }
+};
+
+}  // namespace
+
+TEST(ModuleObjectDeleter, ReleasesInOrderOfEntryOverTheListAsItWasAndCopiesNeverRelease) {
+    g_released.clear();
+    auto held = std::make_shared<int>(0), empty = std::make_shared<int>(0);
+    std::weak_ptr<int> heldAlive = held, emptyAlive = empty;
+    ModuleObject *late = nullptr;
+    {
+        ModuleObjectDeleter deleter;
+        deleter.append(new ItemEntry(new Item{"first"}));
+        // An object whose end enters a new object into the deleter that is releasing it.
+        deleter.append(new ItemEntry(new Item{"reentrant", &deleter, &late}));
+        deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{new Item{"held"}, held}));
+        deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{nullptr, empty}));
+        held.reset();
+        empty.reset();
+    }
+    EXPECT_EQ(g_released, (std::vector<std::string>{"first", "reentrant", "held"}));
+    // The entry with a null pointer freed itself too.
+    EXPECT_TRUE(heldAlive.expired() && emptyAlive.expired());
+    ASSERT_NE(late, nullptr);  // what came in during the walk is left to its owner
+    late->release();
+    EXPECT_EQ(g_released.back(), "late");
+
+    g_released.clear();
+    auto *kept = new ModuleObjectDeleter, *replaced = new ModuleObjectDeleter;
+    ModuleObject *dropped = new ItemEntry(new Item{"dropped"});
+    kept->append(new ItemEntry(new Item{"shared"}));
+    replaced->append(dropped);
+    *replaced = *kept;
+    *replaced = *replaced;
+    { ModuleObjectDeleter copy(*replaced); }  // the copy releases what the original holds
+    EXPECT_EQ(g_released, std::vector<std::string>{"shared"}) << "assignment released an entry";
+    *kept = *replaced = ModuleObjectDeleter();  // both held "shared": else it is released again
+    delete kept;
+    delete replaced;
+    dropped->release();
+    EXPECT_EQ(g_released, (std::vector<std::string>{"shared", "dropped"}));
+}
+
+namespace {
+
+// Hears of wrapped objects' ends. Where it runs on the destroying thread it also reads the
+// name while the object still stands; elsewhere the object is gone and only the pointer counts.
+class Obituary : public VTMS::Listener {
+public:
+    ~Obituary() override { disconnect(); }
+    void onDestroyed(TWrappedObject *object) {
+        ended.push_back(object);
+        if (readsName) {
+            names.push_back(object->getTWrapperClassName().getString());
+        }
+    }
+    bool readsName = true;
+    std::vector<TWrappedObject *> ended;
+    std::vector<std::string> names;
+};
+
+}  // namespace
+
+TEST(TWrappedObject, AnnouncesItsEndWhileStillWholeOnTheEmitterItShares) {
+    Obituary obituary;
+    auto object = std::make_unique<TWrappedObject>();
+    EXPECT_TRUE(object->getTWrapperClassName().empty());
+    object->setTWrapperClassName(StringID("tools.paint:Brush"));
+    object->destroyed.connect(&obituary, &Obituary::onDestroyed);
+    {
+        TWrappedObject copy(*object);  // the name, but not the listeners
+        EXPECT_TRUE(copy.getTWrapperClassName() == StringID("tools.paint:Brush") &&
+                    !copy.destroyed.hasConnections());
+    }
+    EXPECT_TRUE(obituary.ended.empty());
+    TWrappedObject *const address = object.get();
+    object.reset();
+    EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
+    EXPECT_EQ(obituary.names, std::vector<std::string>{"tools.paint:Brush"});
+
+    TWrappedObject source;
+    source.destroyed.connect(&obituary, &Obituary::onDestroyed);
+    {
+        TWrappedObject target;
+        target = source;  // shares the emitter: its end goes to the source's listener
+        EXPECT_TRUE(target.destroyed.hasConnections());
+    }
+    EXPECT_EQ(obituary.ended.size(), 2u);
+}
+
+TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
+    Obituary obituary;
+    obituary.readsName = false;
+    vort_test::Latch known(1), destroyed(1), processed(1);
+    VTMS::Thread *record = nullptr;
+    std::thread other([&] {
+        record = VTMS::Thread::getCurrentThread();
+        known.countDown();
+        if (destroyed.wait()) {
+            record->process();
+        }
+        processed.countDown();
+    });
+    ASSERT_TRUE(known.wait());
+    auto object = std::make_unique<TWrappedObject>();
+    object->destroyed.connect(&obituary, &Obituary::onDestroyed, record);
+    TWrappedObject *const address = object.get();
+    object.reset();
+    EXPECT_TRUE(obituary.ended.empty()) << "delivered on the destroying thread";
+    destroyed.countDown();
+    ASSERT_TRUE(processed.wait());
+    other.join();
+    EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
 }

@@ -1,21 +1,28 @@
+#include "support/PlatformHooks.h"
+#include <vort/bones/FileUtils.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/PackagePath.h>
 #include <vort/bones/Registry.h>
 #include <vort/err/ZQFErrorDescription.h>
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <set>
 #include <string>
-#include <type_traits>
+#include <sys/stat.h>
+#include <utility>
+#include <vector>
 
-using VORT::ClassName;
-using VORT::ClassPath;
-using VORT::ErrorHolder;
-using VORT::Package;
-using VORT::PackageName;
-using VORT::PackagePath;
-using VORT::Registry;
-using VORT::StringID;
+using namespace VORT;
 
 namespace {
 
@@ -27,13 +34,6 @@ template <typename... Ids>
 std::string joined(Ids const &...ids) {
     return ((ids.toString() + "|") + ...);
 }
-
-class Factory : public VORT::ClassFactoryBase {
-public:
-    Factory() { ++live; }
-    ~Factory() override { --live; }
-    static inline int live = 0;
-};
 
 }  // namespace
 
@@ -93,44 +93,6 @@ TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
     EXPECT_EQ(universe.getRootPackage()->getChildren().size(), 2);
 }
 
-TEST(Registry, AnUnnamedRootTakesEveryPathButKeysDiffer) {
-    Registry universe{PackageName()};
-    ErrorHolder error;
-    Package *a = universe.createPackage(path("a"), error);
-    ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(universe.getRootPackage()->isRoot() && a->getPath() == path(".a"));
-    EXPECT_EQ(universe.findPackage(path("a"), error), a);
-    EXPECT_EQ(universe.findPackage(path(".a"), error), nullptr);
-    EXPECT_EQ(universe.createPackage(path(""), error), universe.getRootPackage());
-}
-
-TEST(Registry, PackagesOwnTheirFactoriesAndRegisterTheirClass) {
-    {
-        Registry universe(PackageName(StringID("root")));
-        ErrorHolder error;
-        Package *a = universe.createPackage(path("root.a"), error);
-        Package *b = universe.createPackage(path("root.b"), error);
-        a->baseClasses().insert(VORT::ClassName(StringID("F")), new Factory);
-        a->baseClasses().insert(VORT::ClassName(StringID("G")), new Factory);
-        b->baseClasses().insert(VORT::ClassName(StringID("H")), new Factory);
-        EXPECT_EQ(a->getBaseClassNames().size(), 2);
-        // b takes a's tables (and its count, 2 like its own): b's factory goes, a's are shared.
-        *b = *a;
-        EXPECT_EQ(Factory::live * 10 + b->getBaseClassNames().size(), 22);
-
-        VORT::ClassRegistration<Package>::registerIn(a);
-        EXPECT_EQ(b->getClassPath().toString() + Package::staticGetClassName().toString(),
-                  "root.a:PackagePackage");
-        EXPECT_EQ(b->getPackage(), a);
-
-        // A copy of the registry shares the packages, which still point at the first.
-        const Registry copy(universe);
-        EXPECT_EQ(copy.getRootPackage(), universe.getRootPackage());
-        EXPECT_TRUE(copy.findPackage(path("root.a"), error) == a && a->getUniverse() == &universe);
-    }
-    EXPECT_EQ(Factory::live, 0);
-}
-
 TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
     struct Case {
         const char *text;
@@ -168,16 +130,203 @@ TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
     }
 }
 
-TEST(PackagePath, ConcatJoinsBlindlyAndComparesAsItsId) {
-    const PackageName a{StringID("a")};
-    const PackagePath ab{StringID("a.b")}, root;
-    const ClassPath cd{StringID("c:D")};
-    EXPECT_EQ(joined(a.concat(a), a.concat(cd), ab.concat(ab), ab.concat(ClassName(StringID("C"))),
-                     root.concat(a), a.concat(root)),
-              "a.a|a.c:D|a.b.a.b|a.b:C|.a|a.|");
-    static_assert(std::is_same<decltype(a.concat(cd)), ClassPath>::value, "");
-    static_assert(std::is_same<decltype(ab.concat(a)), PackagePath>::value, "");
-    EXPECT_TRUE(ab == PackagePath(PackageName(StringID("a.b"))));
-    EXPECT_TRUE(ab != PackagePath(StringID("a..b")));  // the same package by the grammar
-    static_assert(!std::is_convertible<ClassName, PackagePath>::value, "kinds stay apart");
+namespace {
+
+std::string message(uint32_t code, const char *a = nullptr, const char *b = nullptr) {
+    char buffer[2048];
+    hsl_sprintm(hslGetMessageContext(), buffer, sizeof buffer, code, a, b,
+                static_cast<const char *>(nullptr));
+    return buffer;
+}
+
+const char *const kEnglish[] = {"Command not in an appropriate state for request.",
+                                "We do not have undo information far enough back.",
+                                "Class 'A' not found.",
+                                "Class 'A' registered as NULL.",
+                                "Class 'A' cannot be cloned.",
+                                "Base class 'A' not found.",
+                                "Package 'A' not found.",
+                                "Package 'A' cannot be registered in Universe with root B.",
+                                "Class 'A' does not expose requested interface."};
+
+class Library : public vort_test::PlatformHooksTest {
+protected:
+    void SetUp() override { initialize_vort_util(); }
+};
+
+}  // namespace
+
+TEST_F(Library, CatalogueTablesSpeakEnglishAndJapaneseAndRegisterOnce) {
+    const hsl_message_table &primary = VORT::primaryMessageTable();
+    EXPECT_TRUE(primary.count == 9 && primary.facility == 0x5A && primary.codes[9] == 0xFFFFFFFF);
+    EXPECT_STREQ(primary.trailing, "");
+    for (uint32_t i = 0; i < 9; ++i) {
+        EXPECT_EQ(primary.codes[i], 0x5A0001 + i);
+        EXPECT_EQ(message(0x5A0001 + i, "A", "B"), kEnglish[i]) << i;
+    }
+    EXPECT_STREQ(primary.ids[8], "VT_ClassDoesNotExposeInterface");
+    const hsl_language_table &japanese = VORT::japaneseMessageTable();
+    EXPECT_TRUE(japanese.facilities[0] == 0x5A && japanese.facilities[1] == 0xFFFFFFFF);
+    EXPECT_TRUE(japanese.codeTables[0] == primary.codes && japanese.counts[0] == 9);
+    hslSetLanguage("ja");
+    // Shift-JIS, with the arguments placed by number.
+    EXPECT_EQ(message(0x5A0008, "A", "B").substr(0, 17),
+              "\x83p\x83"
+              "b\x83P\x81[\x83W 'A' \x82\xCD");
+    EXPECT_NE(message(0x5A0009, "A", "B").find("'A'"), std::string::npos);
+    hslSetLanguage("en");
+
+    // Registered once: a single withdrawal through the loader's hook leaves no table behind.
+    initialize_vort_util();
+    EXPECT_EQ(vort_catalogue_hooks.unload(), 0);
+    EXPECT_NE(message(0x5A0001), kEnglish[0]);
+    EXPECT_EQ(vort_catalogue_hooks.load(), 0);
+    EXPECT_EQ(message(0x5A0001), kEnglish[0]);
+}
+
+namespace {
+
+void reassertFromHandler(const char *, const char *, int, const char *) {
+    VORT::logAssert("inner.cpp", 2, "inner");
+}
+
+}  // namespace
+
+TEST_F(Library, LogAssertReportsOnceAndNeverRecurses) {
+    VORT::logAssert(".\\bones\\Registry", 120, "node != 0");
+    EXPECT_EQ(platform.debugOutput(), ".\\bones\\Registry (120) : Assertion failure (node != 0)");
+    auto reports = platform.assertions();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].expression + reports[0].file + std::to_string(reports[0].line),
+              "node != 0.\\bones\\Registry120");
+    platform.clear();
+    const HslAssertHandler recorder = hslSetAssertHandler(&reassertFromHandler);
+    VORT::logAssert("outer.cpp", 1, "outer");
+    hslSetAssertHandler(recorder);
+    EXPECT_EQ(platform.debugOutput(), "outer.cpp (1) : Assertion failure (outer)")
+        << "the assertion raised inside the handler is dropped";
+    platform.clear();
+    VORT::logAssert("after.cpp", 3, "after");
+    EXPECT_EQ(platform.assertions().size(), 1u) << "the flag is cleared after a report";
+
+    EXPECT_EQ(std::string() + VORT::CLASS_SEPARATOR + VORT::PACKAGE_SEPARATOR, ":.");
+    EXPECT_FALSE(VORT::isDevelopmentCode());
+    platform.clear();
+    VORT::outputToDebugger("nothing", true, true);
+    EXPECT_EQ(platform.debugOutput(), "");
+}
+
+namespace fs = std::filesystem;
+
+#define EMIGRE "\xC3\xA9migr\xC3\xA9"
+
+namespace {
+
+// Hidden entries, non-ASCII names, a link that loops (sub/deeper/back -> ..) and one that
+// doesn't (alias -> sub/deeper).
+class FileTree : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_folder.isValid());
+        for (const char *name :
+             {"top.xml", "UPPER.XML", "notes.txt", ".hidden.xml", "sub/a.xml", "sub/deeper/b.xml",
+              "sub/deeper/deepest/c.xml", EMIGRE "/\xC3\xBC.xml", ".hiddendir/h.xml", "empty/"}) {
+            write(name, "x");
+        }
+        fs::create_directory_symlink("..", root + "/sub/deeper/back");
+        fs::create_directory_symlink("sub/deeper", root + "/alias");
+    }
+
+    void write(std::string const &name, std::string const &content) const {
+        const fs::path path = root + "/" + name;
+        fs::create_directories(path.parent_path());
+        if (path.has_filename()) {
+            std::ofstream(path, std::ios::binary) << content;
+        }
+    }
+
+    // Relative to the root, as a set: the file system gives no order.
+    std::set<std::string> relative(std::vector<std::string> const &paths) const {
+        std::set<std::string> names;
+        for (std::string const &path : paths) {
+            EXPECT_EQ(path.compare(0, root.size() + 1, root + "/"), 0) << path;
+            names.insert(path.substr(root.size() + 1));
+        }
+        return names;
+    }
+
+    QTemporaryDir m_folder;
+    const std::string root = m_folder.path().toStdString();
+};
+
+}  // namespace
+
+TEST_F(FileTree, GathersSubdirectoriesParentsFirstAndMatchingFilesWithoutLooping) {
+    std::vector<std::string> found;
+    VORT::gatherSubDirectories(root, found, true);
+    EXPECT_EQ(relative(found),
+              (std::set<std::string>{"alias", "alias/back", "alias/deepest", "empty", "sub",
+                                     "sub/deeper", "sub/deeper/deepest", EMIGRE}));
+    for (auto it = found.begin(); it != found.end(); ++it) {
+        const std::string parent = fs::path(*it).parent_path().string();  // parents first
+        EXPECT_TRUE(parent == root || std::find(found.begin(), it, parent) != it) << *it;
+    }
+    std::vector<std::string> flat{root + "/kept"};
+    VORT::gatherSubDirectories(root + "/", flat, false);
+    EXPECT_EQ(relative(flat), (std::set<std::string>{"alias", "empty", "kept", "sub", EMIGRE}));
+
+    std::vector<std::string> deep, shallow, several, none{"kept"};
+    // Patterns match without case, hidden entries stay out, the looping link isn't followed.
+    VORT::gatherFiles(root, "*.xml", deep, true);
+    EXPECT_EQ(relative(deep), (std::set<std::string>{"top.xml", "UPPER.XML", "sub/a.xml",
+                                                     "sub/deeper/b.xml", "sub/deeper/deepest/c.xml",
+                                                     "alias/b.xml", "alias/deepest/c.xml",
+                                                     "alias/back/a.xml", EMIGRE "/\xC3\xBC.xml"}));
+    // Without recursion the immediate subdirectories are searched all the same.
+    VORT::gatherFiles(root, "*.xml", shallow, false);
+    EXPECT_EQ(relative(shallow), (std::set<std::string>{"top.xml", "UPPER.XML", "sub/a.xml",
+                                                        "alias/b.xml", EMIGRE "/\xC3\xBC.xml"}));
+    VORT::gatherFiles(root + "/", std::vector<std::string>{"*.txt", "?op.*"}, several, false);
+    EXPECT_EQ(relative(several), (std::set<std::string>{"notes.txt", "top.xml"}));
+
+    VORT::gatherFiles(root + "/missing", "*", none, true);
+    VORT::gatherSubDirectories(root + "/empty", none, true);
+    VORT::gatherFiles(root, "", none, true);
+    EXPECT_EQ(none, std::vector<std::string>{"kept"});
+}
+
+TEST_F(FileTree, ListsTimesInReverseOrderCutTo32BitsAndReadsTextFiles) {
+    const std::pair<const char *, std::int64_t> stamps[] = {
+        {"top.xml", 1000000000}, {"sub/a.xml", 4294967296LL + 77}, {EMIGRE "/\xC3\xBC.xml", 0}};
+    for (auto const &stamp : stamps) {
+        const struct timespec times[2] = {{stamp.second, 0}, {stamp.second, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, (root + "/" + stamp.first).c_str(), times, 0), 0);
+    }
+    std::vector<std::string> gathered;
+    VORT::gatherFiles(root, "*.xml", gathered, false);
+    std::vector<std::pair<std::string, unsigned long>> list{{"kept", 1ul}};
+    VORT::buildFileAndTimeList(root, "*.xml", false, list);
+    VORT::buildFileAndTimeList(root, "", false, list);
+    std::map<std::string, unsigned long> times(list.begin(), list.end());
+    ASSERT_TRUE(list.size() == gathered.size() + 1 && list[0].first == "kept");
+    for (std::size_t i = 1; i < list.size(); ++i) {
+        EXPECT_EQ(list[i].first, gathered[gathered.size() - i]);
+    }
+    for (auto const &stamp : stamps) {
+        EXPECT_EQ(times[root + "/" + stamp.first], std::uint32_t(stamp.second)) << stamp.first;
+    }
+
+    write(EMIGRE "/text.txt", "line one\r\nline two\n");
+    write("blank.txt", "");
+    std::int64_t size = -7;
+    std::unique_ptr<char[]> text(
+        VORT::readTextFileIntoNewBuffer(root + "/" EMIGRE "/text.txt", size));
+    ASSERT_NE(text, nullptr);
+    // The size is the file's; text mode turned "\r\n" into "\n", and a NUL ends what arrived.
+    EXPECT_EQ(text.get() + std::to_string(size), "line one\nline two\n19");
+    EXPECT_TRUE(VORT::readTextFileIntoNewBuffer(root + "/blank.txt", size) == nullptr && size == 0);
+    size = -7;
+    EXPECT_EQ(VORT::readTextFileIntoNewBuffer(root + "/missing.txt", size), nullptr);
+    EXPECT_EQ(VORT::readTextFileIntoNewBuffer(root + "/sub", size), nullptr);
+    EXPECT_EQ(size, -7);
 }

@@ -1,17 +1,28 @@
 #include "support/Latch.h"
+#include <vort/bones/MathUtils.h>
+#include <vort/bones/StringID.h>
 #include <vort/bones/StringTokenizer.h>
 #include <vort/bones/StringUtils.h>
 #include <vort/bones/UUID.h>
+#include <vort/bones/VTStringList.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cctype>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
-using VORT::StringTokenizer;
+using namespace VORT;
 
 TEST(StringTokenizer, SplitsKeepingTheSlashLeftAtTheEnd) {
     struct Case {
@@ -154,4 +165,233 @@ TEST(TextConcurrency, NumbersAndUuidsFromManyThreadsAtOnce) {
         distinct.insert(uuids[t].begin(), uuids[t].end());
     }
     EXPECT_EQ(distinct.size(), std::size_t(kThreads * 200));
+}
+
+namespace {
+
+std::uintptr_t addressOf(StringID const &id) {
+    return id.empty() ? 0 : reinterpret_cast<std::uintptr_t>(&id.getString());
+}
+
+}  // namespace
+
+TEST(StringID, EqualTextsShareOneStringAndCompareByItsAddress) {
+    StringID assigned("x");
+    assigned = "";
+    for (const StringID &empty : {StringID(), StringID(""), StringID(std::string()), assigned}) {
+        EXPECT_TRUE(empty.empty() && addressOf(empty) == 0 && VORT::vHash(empty) == 0);
+        EXPECT_EQ(empty.getString() + empty.c_str(), "");
+    }
+    const StringID a("interned text");
+    StringID b, c;
+    b = std::string("interned ") + "text";
+    c = "interned text";
+    EXPECT_TRUE(a.getString() == "interned text" && &a.getString() == &b.getString());
+    EXPECT_EQ(a.c_str(), c.c_str());
+    const StringID other("Interned text");
+    const bool less = addressOf(a) < addressOf(other);
+    EXPECT_TRUE(a != other && (a < other) == less && (a > other) == !less);
+    EXPECT_TRUE((a <= other) == less && (a >= other) == !less && a <= a && a >= a && !(a < a));
+    EXPECT_TRUE(StringID() < a && a == b);
+
+    // A text with a NUL in it gets an id of its own that reads as the part before the NUL.
+    const StringID cut(std::string("ab\0cd", 5));
+    EXPECT_TRUE(cut != StringID("ab") && cut == StringID(std::string("ab\0cd", 5)));
+    EXPECT_TRUE(cut.getString() == "ab" && cut != StringID(std::string("ab\0ce", 5)));
+}
+
+TEST(StringID, ConcatenatesComparesWithoutCaseAndHashesByAddress) {
+    StringID head("con");
+    EXPECT_EQ(head.concat(StringID("catenated")), StringID("concatenated"));
+    EXPECT_TRUE(head.concat(StringID()) == head && StringID().concat(head) == head);
+
+    const StringID mixed("Content-Type");
+    EXPECT_TRUE(mixed.equalsIgnoreCase(StringID("cONTENT-tYPE")) &&
+                mixed.equalsIgnoreCase(std::string("content-type")) &&
+                StringID().equalsIgnoreCase(StringID()) &&
+                StringID("ab").equalsIgnoreCase(std::string("AB\0zz", 5)));
+    // Only ASCII letters fold: '@' and '`' sit next to 'A' and 'a' but are not letters, and
+    // bytes above 0x7F compare as they are. An empty id equals no text, not even an empty one.
+    const std::pair<StringID, StringID> unequal[] = {{mixed, StringID("content-typ")},
+                                                     {mixed, StringID("content-types")},
+                                                     {mixed, StringID()},
+                                                     {StringID(), mixed},
+                                                     {StringID("@"), StringID("`")},
+                                                     {StringID("["), StringID("{")},
+                                                     {StringID("\xC4"), StringID("\xE4")}};
+    for (const auto &pair : unequal) {
+        EXPECT_FALSE(pair.first.equalsIgnoreCase(pair.second)) << pair.first << pair.second;
+    }
+    EXPECT_FALSE(StringID().equalsIgnoreCase(std::string()));
+
+    const std::uintptr_t p = addressOf(mixed);
+    const auto expected = static_cast<unsigned int>((static_cast<std::uint64_t>(p) >> 31) ^ p);
+    EXPECT_EQ(VORT::vHash(mixed), expected);
+    EXPECT_EQ(::qHash(mixed, 0x5A5A), std::size_t{expected} ^ 0x5A5A);
+    EXPECT_EQ(VORT::toString(mixed), "Content-Type");
+}
+
+TEST(StringID, StreamsTheBareTextAndReadsTheRestUpToAByteFF) {
+    std::ostringstream out;
+    out << '[' << StringID("two words") << ']' << StringID() << '.';
+    EXPECT_EQ(out.str(), "[two words].");
+
+    std::istringstream whole("  leading blanks,\ttabs\nand line ends \n");
+    StringID id;
+    whole >> id;
+    EXPECT_TRUE(id.getString() == "  leading blanks,\ttabs\nand line ends \n" && whole.eof() &&
+                !whole.fail());
+
+    std::istringstream stopped("first part\xFFsecond caf\xC3\xA9\xFE");
+    stopped >> id;  // the byte 0xFF ends the text and is consumed; other high bytes are kept
+    EXPECT_TRUE(id.getString() == "first part" && !stopped.eof());
+    stopped >> id;
+    EXPECT_EQ(id.getString(), "second caf\xC3\xA9\xFE");
+
+    std::istringstream mixed("key value");
+    std::string key;
+    mixed >> key >> id;  // the rest goes with its leading blank
+    EXPECT_EQ(id.getString(), " value");
+    mixed >> id;  // nothing left: the empty id, and the stream has failed
+    EXPECT_TRUE(id.empty() && mixed.fail());
+}
+
+TEST(StringIDConcurrency, EachTextGetsExactlyOneIdReadableWhileOthersIntern) {
+    constexpr int kThreads = 4, kTexts = 3000;
+    std::vector<std::string> texts;
+    for (int i = 0; i < kTexts; ++i) {
+        texts.push_back("concurrent text " + std::to_string(i));
+    }
+    // Each thread meets the texts in its own order, and reads back the ids that the thread
+    // before it published, while the table grows under them.
+    std::vector<std::atomic<std::uintptr_t>> seen(kThreads * kTexts);
+    std::atomic<int> mismatches{0};
+    std::vector<std::vector<int>> orders(kThreads, std::vector<int>(kTexts));
+    for (int t = 0; t < kThreads; ++t) {
+        std::iota(orders[t].begin(), orders[t].end(), 0);
+        std::shuffle(orders[t].begin(), orders[t].end(), std::mt19937(static_cast<unsigned>(t)));
+    }
+    vort_test::runTogether(kThreads, [&](int t) {
+        for (int i : orders[t]) {
+            const StringID id(texts[i]);
+            seen[t * kTexts + i] = addressOf(id);
+            const auto *published =
+                reinterpret_cast<const std::string *>(seen[(t + 1) % kThreads * kTexts + i].load());
+            mismatches += id.getString() != texts[i] || (published && *published != texts[i]);
+        }
+    });
+    EXPECT_EQ(mismatches.load(), 0);
+    std::set<std::uintptr_t> distinct;
+    for (int i = 0; i < kTexts; ++i) {
+        for (int t = 1; t < kThreads; ++t) {
+            ASSERT_EQ(seen[t * kTexts + i], seen[i]) << texts[i];
+        }
+        distinct.insert(seen[i]);
+    }
+    EXPECT_EQ(distinct.size(), size_t(kTexts));
+}
+
+namespace {
+
+// The elements through the cursor, as one text.
+std::string walk(VTStringList &list) {
+    std::string all;
+    for (const char *e = list.firstElement(); e != nullptr; e = list.nextElement()) {
+        all += std::string(all.empty() ? "" : ",") + e;
+    }
+    return all;
+}
+
+}  // namespace
+
+TEST(VTStringList, InsertsAtClampedIndicesOwnsItsCopiesAndWalksARing) {
+    char text[] = "b";
+    VTStringList list;
+    EXPECT_TRUE(list.firstElement() == nullptr && list.nextElement() == nullptr);
+    list.addElement(text);
+    text[0] = 'x';  // the list holds its own copy
+    list.addElement(nullptr);
+    list.insertElement(0, "a");
+    list.insertElement(-5, "first");
+    list.insertElement(99, "last");
+    list.insertElement(2, "mid");
+    list.insertElement(1, nullptr);
+    EXPECT_EQ(walk(list) + std::to_string(list.size()), "first,a,mid,b,last5");
+    // Inserting leaves the cursor on its element; at the end the cursor stays there.
+    EXPECT_STREQ(list.firstElement(), "first");
+    list.insertElement(0, "new");
+    EXPECT_STREQ(list.nextElement(), "a");
+    EXPECT_EQ(walk(list), "new,first,a,mid,b,last");
+    EXPECT_EQ(list.nextElement(), nullptr);
+
+    VTStringList ring(std::vector<std::string>{"a", "b", "c"});
+    std::string seen;
+    for (int index : {0, 2, 3, 4, 6, 7, 8, -1}) {
+        const char *element = ring.elementAt(index);
+        seen += element == nullptr ? "-" : element;
+    }
+    EXPECT_EQ(seen, "ac-ac-aa");
+    EXPECT_EQ(VTStringList().elementAt(5), nullptr);
+}
+
+TEST(VTStringList, RemovesEveryMatchRewindsTheCursorAndComparesElementByElement) {
+    VTStringList list(std::vector<std::string>{"Alpha", "beta", "ALPHA", "alpha_", "Alpha"});
+    EXPECT_TRUE(list.isInList("alpha", false) && !list.isInList("alpha", true));
+    EXPECT_FALSE(list.isInList(nullptr, false) || list.removeElement(nullptr, false));
+    list.firstElement();
+    list.nextElement();
+    EXPECT_FALSE(list.removeElement("gamma", false));
+    EXPECT_STREQ(list.nextElement(), "ALPHA");  // a failed removal leaves the cursor
+    EXPECT_TRUE(list.removeElement("Alpha", true));
+    EXPECT_STREQ(list.nextElement(), "ALPHA");  // the cursor went back to the first element
+    EXPECT_TRUE(list.removeElement("alpha", false));
+    EXPECT_EQ(walk(list), "beta,alpha_");
+
+    VTStringList one(std::vector<std::string>{"one", std::string("t\0wo", 4), "three"});
+    EXPECT_EQ(walk(one), "one,t,three");
+    VTStringList copy(one), other(std::vector<std::string>{"one", "t", "Three"});
+    EXPECT_TRUE(copy == one && copy.elementAt(0) != one.elementAt(0));
+    EXPECT_EQ(copy.nextElement(), nullptr);  // a copy's cursor starts at the end
+    EXPECT_TRUE(other != one);
+    other = one;
+    other = other;
+    EXPECT_TRUE(other == one);
+    one.removeElement("one", true);
+    EXPECT_TRUE(other != one && !(VTStringList() != VTStringList()));
+}
+
+TEST(MathUtils, RoundsTowardsZeroAfterAddingAHalf) {
+    EXPECT_EQ(VORT::rad_to_16th_deg(pi), 2880.0);
+    EXPECT_EQ(VORT::interpolate(0.25, 2.0, 10.0), 4.0);
+    const double inputs[][2] = {{2.5, 3},   {-2.5, -2}, {-0.6, 0}, {-1.4, 0},
+                                {-1.6, -1}, {1.49, 1},  {-0.5, 0}};
+    for (auto const &in : inputs) {
+        EXPECT_EQ(VORT::int_rnd(in[0]), int(in[1])) << in[0];
+    }
+}
+
+TEST(MathUtils, NormalizesAnglesIntoTheClosedRange) {
+    const double cases[][2] = {{-pi, -pi},
+                               {pi, pi},
+                               {0, 0},
+                               {1.5 * pi, -0.5 * pi},
+                               {-1.5 * pi, 0.5 * pi},
+                               {13.5 * pi, -0.5 * pi}};
+    for (auto const &c : cases) {
+        EXPECT_NEAR(VORT::normalizeAndReturnAngle(c[0]), c[1], 1e-12) << c[0];
+        EXPECT_NEAR(VORT::normalizeAndReturnAngle(float(c[0])), float(c[1]), 1e-5f) << c[0];
+    }
+    // Past 14 pi the remainder is taken instead of stepping.
+    EXPECT_NEAR(VORT::normalizeAndReturnAngle(100 * pi), 0.0, 1e-12);
+    EXPECT_EQ(VORT::normalizeAndReturnAngle(14 * pi + 1.0), std::fmod(14 * pi + 1.0, 2 * pi));
+    for (double x = -2000.0; x < 2000.0; x += 0.987654321) {
+        const double d = VORT::normalizeAndReturnAngle(x);
+        const float f = VORT::normalizeAndReturnAngle(float(x));
+        ASSERT_TRUE(d >= -pi && d <= pi) << x;
+        ASSERT_TRUE(f >= -float(pi) && f <= float(pi)) << x;
+        const double turns = (x - d) / (2 * pi);
+        ASSERT_NEAR(turns, std::round(turns), 1e-9) << x;
+    }
+    EXPECT_TRUE(std::isnan(VORT::normalizeAndReturnAngle(std::numeric_limits<double>::infinity())));
+    EXPECT_TRUE(std::isnan(VORT::normalizeAndReturnAngle(std::nanf(""))));
 }
