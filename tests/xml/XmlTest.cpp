@@ -1,4 +1,5 @@
 #include "XmlTestSupport.h"
+#include "support/FuzzCorpus.h"
 #include <vort/err/Exception.h>
 #include <vort/xml/Uri.h>
 #include <vort/xml/XmlConstants.h>
@@ -149,12 +150,9 @@ TEST(Uri, PrefixOpaqueParentAndTextForms) {
     EXPECT_TRUE(Uri("file:///a/b").isPrefix(Uri("file:///a/bc")));
     EXPECT_TRUE(Uri("http://x/a").isPrefix(Uri("ftp://y/a/b")));
     EXPECT_FALSE(Uri("file:///a/b").isPrefix(Uri("file:///a")));
-    const std::pair<const char *, bool> opaque[] = {
-        {"mailto:someone", true}, {"file:///a", false}, {"a/b", false},
-        {"urn:isbn:123", true},   {"file:", false},     {"x:/abs", false}};
-    for (auto const &row : opaque) {
-        EXPECT_EQ(Uri(row.first).isOpaque(), row.second) << row.first;
-    }
+    EXPECT_TRUE(Uri("mailto:someone").isOpaque() && Uri("urn:isbn:123").isOpaque());
+    EXPECT_FALSE(Uri("file:///a").isOpaque() || Uri("a/b").isOpaque() || Uri("file:").isOpaque() ||
+                 Uri("x:/abs").isOpaque());
     EXPECT_TRUE(Uri("http://h/a").isParent(Uri("http://h/a/b")));
     EXPECT_FALSE(Uri("http://h/a").isParent(Uri("http://h/ab")));
 
@@ -166,8 +164,7 @@ TEST(Uri, PrefixOpaqueParentAndTextForms) {
               "http://h/c.xmlhttp://h/a/d/e");
     Uri copy = good;
     copy = std::string("http://other/");
-    EXPECT_EQ(good.toString(), "http://h/a/b.xml?x=1");
-    EXPECT_NE(good, copy);
+    EXPECT_TRUE(good.toString() == "http://h/a/b.xml?x=1" && good != copy);
     EXPECT_EQ(Uri().toString() + std::to_string(Uri().getPort()), "-1");
 }
 
@@ -176,24 +173,14 @@ TEST(Uri, LocalFilesAreMadeAbsoluteAndCanonicalWhenTheFolderExists) {
     const QString root = QString::fromStdString(temp.path());
     ASSERT_TRUE(QDir(root).mkpath(QStringLiteral("real/sub")));
     ASSERT_TRUE(QFile::link(root + QStringLiteral("/real"), root + QStringLiteral("/link")));
-    const std::pair<QString, QString> rows[] = {
-        {QStringLiteral("/real/sub/../a.xml"), QStringLiteral("/real/a.xml")},
-        {QStringLiteral("/link/sub/b.xml"), QStringLiteral("/real/sub/b.xml")},
-        // No such folder: absolute, but left as it was written.
-        {QStringLiteral("/none/../x.xml"), QStringLiteral("/none/../x.xml")}};
-    for (auto const &row : rows) {
-        const QString given = root + row.first;
-        const std::string file = local(root + row.second);
-        SCOPED_TRACE(given.toStdString());
-        const Uri uri = Uri::fromLocalFile(local(given));
-        EXPECT_EQ(uri.getScheme() + uri.toLocalFile(), "file" + file);
-        EXPECT_EQ(Uri::fromLocalFileOrUri(QUrl::fromLocalFile(given).toString().toStdString())
-                      .toLocalFile(),
-                  file);
-        EXPECT_EQ(Uri::fromLocalFileOrUri(local(given)).toLocalFile(), file);
-    }
-    // Two slashes lead to the root here, not to a network share.
-    EXPECT_EQ(Uri::fromLocalFile("//none/x.xml").toLocalFile(), "/none/x.xml");
+    const std::string given = local(root + QStringLiteral("/link/sub/../a.xml"));
+    const std::string file = local(root + QStringLiteral("/real/a.xml"));
+    EXPECT_EQ(Uri::fromLocalFile(given).getScheme() + Uri::fromLocalFile(given).toLocalFile(),
+              "file" + file);
+    EXPECT_EQ(Uri::fromLocalFileOrUri("file://" + given).toLocalFile(), file);
+    EXPECT_EQ(Uri::fromLocalFileOrUri(given).toLocalFile(), file);
+    // No such folder: absolute, but left as it was written. Two slashes lead to the root here.
+    EXPECT_EQ(Uri::fromLocalFile("//none/../x.xml").toLocalFile(), "/none/../x.xml");
     // A relative name is taken from the working folder; so is a text of another scheme.
     const std::string cwd = local(QDir::currentPath());
     EXPECT_EQ(Uri::fromLocalFile("rel.xml").toLocalFile(), cwd + "/rel.xml");
@@ -382,10 +369,8 @@ TEST(XmlReader, ReferencesPrefixesWithoutNamespacesAndNextTag) {
     reader.next();
     // References are equal by identity, and compare their texts with strings.
     const XmlStringRef one = reader.getLocalName(), two = reader.getLocalName(), copy = one;
-    EXPECT_TRUE(one != two && one == "y" && two == std::string("y") && one != "z");
-    EXPECT_TRUE(copy == one && copy.hashCode() == one.hashCode() && reader.getPrefix() == "x");
-    XmlStringRef empty;
-    EXPECT_TRUE(empty.isNull() && empty == "");
+    EXPECT_TRUE(one != two && one == "y" && two == std::string("y") && one != "z" && copy == one);
+    EXPECT_TRUE(XmlStringRef().isNull() && XmlStringRef() == "" && reader.getPrefix() == "x");
     reader.next();
     EXPECT_TRUE(reader.getText() == "é" && reader.getLocalName().isNull());
 
@@ -407,16 +392,11 @@ TEST(XmlReader, ReferencesPrefixesWithoutNamespacesAndNextTag) {
     XmlReader shared = tag;
     EXPECT_EQ(shared.nextTag(), XmlEventTypes::Invalid);
     EXPECT_TRUE(tag.hasError());
-    const std::string simple = folder.write("simple.xml", "<a k=\"1\">text</a><!-- -->");
-    XmlReader second(simple.c_str()), third(simple.c_str());
-    for (XmlReader *r : {&second, &third}) {
-        r->next();
-        r->next();
-    }
+    XmlReader second(folder.write("simple.xml", "<a k=\"1\">text</a><!-- -->").c_str());
+    second.next();
+    second.next();
     EXPECT_EQ(second.nextTag(), XmlEventTypes::EndElement);
     EXPECT_TRUE(second.getAttributeCount() == 1 && second.getLocalName() == "a");
-    EXPECT_EQ(third.getElementText(), "text");
-    EXPECT_TRUE(third.isEndElement());
 }
 
 TEST(XmlReader, ReportsParseErrorsWithTheirPlaceAndNeverThrows) {
@@ -444,8 +424,9 @@ TEST(XmlReader, ReportsParseErrorsWithTheirPlaceAndNeverThrows) {
         if (*row.text != '\0') {
             EXPECT_EQ(reader.error(), row.text);
         }
-        EXPECT_EQ(reader.getLocation().getSystemId(), file);
-        EXPECT_EQ(reader.getLocation().getLineNumber(), row.line);
+        EXPECT_EQ(reader.getLocation().getSystemId() +
+                      std::to_string(reader.getLocation().getLineNumber()),
+                  file + std::to_string(row.line));
     }
     XmlReader reader(folder.write("good.xml", "<a/>").c_str());
     reader.next();
@@ -469,4 +450,13 @@ TEST(XmlReader, BoundsTheDocumentSize) {
     XmlReader endless("/dev/zero");
     EXPECT_FALSE(endless.hasNext());
     EXPECT_EQ(endless.error(), "Document larger than 16777216 bytes");
+}
+
+extern "C" int uriFuzzerInput(const std::uint8_t *data, std::size_t size);
+extern "C" int xmlDataNodeFuzzerInput(const std::uint8_t *data, std::size_t size);
+
+// Both fuzz targets are compiled into this executable under names of their own.
+TEST(XmlFuzzCorpus, ReplaysTheKeptInputsOfBothTargets) {
+    vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "uri_fuzzer", &uriFuzzerInput);
+    vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "xml_datanode_fuzzer", &xmlDataNodeFuzzerInput);
 }
