@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -26,6 +27,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -521,16 +523,8 @@ TEST(VHash, MatchesAnUnorderedMapUnderRandomEdits) {
 
 namespace {
 
-struct Layout {
-    int first, last, capacity;
-    bool operator==(const Layout &o) const {
-        return first == o.first && last == o.last && capacity == o.capacity;
-    }
-};
-
-std::ostream &operator<<(std::ostream &out, const Layout &l) {
-    return out << "{" << l.first << ", " << l.last << ", " << l.capacity << "}";
-}
+// First, last, capacity.
+using Layout = std::array<int, 3>;
 
 template <typename T>
 Layout layoutOf(const VList<T> &list) {
@@ -538,19 +532,14 @@ Layout layoutOf(const VList<T> &list) {
     return {d->first, d->last, d->capacity};
 }
 
-template <typename T>
-std::vector<T> toVector(const VList<T> &list) {
-    return std::vector<T>(list.begin(), list.end());
-}
-
 // A list of `capacity` slots holding first, ..., last - 1 in the slots of those numbers.
 VList<int> listIn(Layout layout) {
     VList<int> list;
-    list.reserve(layout.capacity);
-    for (int i = 0; i < layout.last; ++i) {
+    list.reserve(layout[2]);
+    for (int i = 0; i < layout[1]; ++i) {
         list.append(i);
     }
-    for (int i = 0; i < layout.first; ++i) {
+    for (int i = 0; i < layout[0]; ++i) {
         list.removeFirst();
     }
     return list;
@@ -630,45 +619,46 @@ TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
         int a, b;
         Layout after;
     };
+    // clang-format off
     const Row rows[] = {
         {Append, {0, 5, 12}, 0, 0, {0, 6, 12}},
-        {Append, {9, 12, 12}, 0, 0, {3, 7, 12}},   // mostly free at the front: slides back
-        {Append, {8, 12, 12}, 0, 0, {8, 13, 13}},  // two thirds free is not enough: grows
-        {AppendList, {0, 4, 8}, 4, 0, {0, 8, 8}},  // fits exactly
-        {AppendList, {0, 4, 8}, 5, 0, {0, 9, 13}},
-        {Prepend, {2, 5, 8}, 0, 0, {1, 5, 8}},
-        {Prepend, {0, 0, 0}, 0, 0, {1, 2, 2}},
-        {Prepend, {0, 3, 12}, 0, 0, {5, 9, 12}},   // a third free behind, and room for it
-        {Prepend, {0, 4, 12}, 0, 0, {8, 13, 13}},  // a third in use: grows first
-        {Insert, {2, 6, 8}, 0, 0, {1, 6, 8}},
-        {Insert, {2, 6, 8}, -3, 0, {1, 6, 8}},
-        {Insert, {2, 6, 8}, 1, 0, {1, 6, 8}},
-        {Insert, {2, 6, 8}, 4, 0, {2, 7, 8}},
-        {Insert, {2, 6, 8}, 9, 0, {2, 7, 8}},
-        {Insert, {2, 8, 16}, 3, 0, {2, 9, 16}},  // as many on each side: rightward
-        {Insert, {2, 8, 16}, 2, 0, {1, 8, 16}},
-        {Insert, {2, 8, 8}, 5, 0, {1, 8, 8}},  // full at the back: leftward
-        {Insert, {0, 4, 8}, 1, 0, {0, 5, 8}},  // packed at the front: rightward
-        {Insert, {0, 4, 4}, 1, 0, {0, 5, 5}},
-        {RemoveAt, {0, 10, 16}, 2, 0, {1, 10, 16}},
-        {RemoveAt, {0, 10, 16}, 7, 0, {0, 9, 16}},
-        {RemoveAt, {0, 6, 8}, 3, 0, {0, 5, 8}},  // a tie counting the removed one: the back
-        {RemoveAt, {2, 7, 8}, 2, 0, {3, 7, 8}},
-        {Erase, {0, 12, 16}, 1, 3, {3, 12, 16}},
-        {Erase, {0, 12, 16}, 6, 4, {0, 8, 16}},
-        {Erase, {0, 12, 16}, 4, 4, {0, 8, 16}},  // the middle of the run decides a tie
-        {Erase, {2, 12, 16}, 1, 2, {4, 12, 16}},
-        {Move, {2, 8, 16}, 1, 2, {2, 8, 16}},  // a short hop: the items between shift
-        {Move, {2, 8, 16}, 1, 4, {2, 8, 16}},
-        {Move, {2, 8, 16}, 0, 4, {3, 9, 16}},  // two thirds of the way: the outer parts move
-        {Move, {2, 11, 16}, 1, 7, {3, 12, 16}},
-        {Move, {2, 8, 16}, 4, 3, {2, 8, 16}},
-        {Move, {2, 8, 16}, 4, 0, {1, 7, 16}},
-        {Move, {2, 11, 16}, 7, 1, {1, 10, 16}},
-        {Move, {2, 8, 16}, 2, 2, {2, 8, 16}},
-        {Move, {2, 8, 8}, 0, 5, {2, 8, 8}},    // full at the back: the items between shift
-        {Move, {0, 6, 16}, 5, 0, {0, 6, 16}},  // packed at the front: the same
+        // mostly free at the front: slides back
+        {Append, {9, 12, 12}, 0, 0, {3, 7, 12}},
+        // two thirds free is not enough: grows
+        {Append, {8, 12, 12}, 0, 0, {8, 13, 13}},
+        // fits exactly
+        {AppendList, {0, 4, 8}, 4, 0, {0, 8, 8}}, {AppendList, {0, 4, 8}, 5, 0, {0, 9, 13}},
+        {Prepend, {2, 5, 8}, 0, 0, {1, 5, 8}}, {Prepend, {0, 0, 0}, 0, 0, {1, 2, 2}},
+        // a third free behind, and room for it
+        {Prepend, {0, 3, 12}, 0, 0, {5, 9, 12}},
+        // a third in use: grows first
+        {Prepend, {0, 4, 12}, 0, 0, {8, 13, 13}}, {Insert, {2, 6, 8}, 0, 0, {1, 6, 8}},
+        {Insert, {2, 6, 8}, -3, 0, {1, 6, 8}}, {Insert, {2, 6, 8}, 1, 0, {1, 6, 8}},
+        {Insert, {2, 6, 8}, 4, 0, {2, 7, 8}}, {Insert, {2, 6, 8}, 9, 0, {2, 7, 8}},
+        // as many on each side: rightward
+        {Insert, {2, 8, 16}, 3, 0, {2, 9, 16}}, {Insert, {2, 8, 16}, 2, 0, {1, 8, 16}},
+        // full at the back: leftward
+        {Insert, {2, 8, 8}, 5, 0, {1, 8, 8}},
+        // packed at the front: rightward
+        {Insert, {0, 4, 8}, 1, 0, {0, 5, 8}}, {Insert, {0, 4, 4}, 1, 0, {0, 5, 5}},
+        {RemoveAt, {0, 10, 16}, 2, 0, {1, 10, 16}}, {RemoveAt, {0, 10, 16}, 7, 0, {0, 9, 16}},
+        // a tie counting the removed one: the back
+        {RemoveAt, {0, 6, 8}, 3, 0, {0, 5, 8}}, {RemoveAt, {2, 7, 8}, 2, 0, {3, 7, 8}},
+        {Erase, {0, 12, 16}, 1, 3, {3, 12, 16}}, {Erase, {0, 12, 16}, 6, 4, {0, 8, 16}},
+        // the middle of the run decides a tie
+        {Erase, {0, 12, 16}, 4, 4, {0, 8, 16}}, {Erase, {2, 12, 16}, 1, 2, {4, 12, 16}},
+        // a short hop: the items between shift
+        {Move, {2, 8, 16}, 1, 2, {2, 8, 16}}, {Move, {2, 8, 16}, 1, 4, {2, 8, 16}},
+        // two thirds of the way: the outer parts move
+        {Move, {2, 8, 16}, 0, 4, {3, 9, 16}}, {Move, {2, 11, 16}, 1, 7, {3, 12, 16}},
+        {Move, {2, 8, 16}, 4, 3, {2, 8, 16}}, {Move, {2, 8, 16}, 4, 0, {1, 7, 16}},
+        {Move, {2, 11, 16}, 7, 1, {1, 10, 16}}, {Move, {2, 8, 16}, 2, 2, {2, 8, 16}},
+        // full at the back: the items between shift
+        {Move, {2, 8, 8}, 0, 5, {2, 8, 8}},
+        // packed at the front: the same
+        {Move, {0, 6, 16}, 5, 0, {0, 6, 16}},
     };
+    // clang-format on
     for (const Row &row : rows) {
         VList<int> list = listIn(row.before);
         std::deque<int> model(list.begin(), list.end());
@@ -680,17 +670,15 @@ TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
                 k < block->first || k >= block->last ? &marks[size_t(k)] : block->items[k];
         }
         apply(row.op, row.a, row.b, -1, list, model);
-        const auto where = "op " + std::to_string(int(row.op)) + " on " +
-                           ::testing::PrintToString(row.before) + " with " + std::to_string(row.a) +
-                           ", " + std::to_string(row.b);
-        EXPECT_EQ(layoutOf(list), row.after) << where;
-        const bool sameBlock = list.data().d == block && row.after.capacity == row.before.capacity;
-        for (int k = 0; sameBlock && k < row.after.capacity; ++k) {
-            const bool used = (k >= row.before.first && k < row.before.last) ||
-                              (k >= row.after.first && k < row.after.last);
-            EXPECT_TRUE(used || block->items[k] == &marks[size_t(k)]) << where << ": slot " << k;
+        SCOPED_TRACE(&row - rows);
+        EXPECT_EQ(layoutOf(list), row.after);
+        const bool sameBlock = list.data().d == block && row.after[2] == row.before[2];
+        for (int k = 0; sameBlock && k < row.after[2]; ++k) {
+            const bool used = (k >= row.before[0] && k < row.before[1]) ||
+                              (k >= row.after[0] && k < row.after[1]);
+            EXPECT_TRUE(used || block->items[k] == &marks[size_t(k)]) << "slot " << k;
         }
-        EXPECT_TRUE(std::equal(list.begin(), list.end(), model.begin(), model.end())) << where;
+        EXPECT_TRUE(std::equal(list.begin(), list.end(), model.begin(), model.end()));
     }
 }
 
@@ -712,7 +700,7 @@ TEST(VList, MatchesADequeUnderRandomEdits) {
             apply(op, op == AppendList ? other : pick, other, step, list, model);
         }
         const Layout l = layoutOf(list);
-        ASSERT_TRUE(0 <= l.first && l.first <= l.last && l.last <= l.capacity) << step;
+        ASSERT_TRUE(0 <= l[0] && l[0] <= l[1] && l[1] <= l[2]) << step;
         ASSERT_TRUE(std::equal(list.begin(), list.end(), model.begin(), model.end())) << step;
     }
 }
@@ -790,6 +778,8 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
         }
     }
 
+    std::srand(42);
+    const unsigned int reseeded = unsigned(std::rand());
     struct Row {
         int randomBits, topLevel;
         bool inOrder;
@@ -802,10 +792,12 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
         {7, 0, false, 1, 1, 8},        // 111: one level up
         {0x3F, 0, false, 1, 1, 0x40},  // asks for 2, gets at most one above the top
         {0x3F, 5, false, 2, 5, 0x40},
-        {0x1FF, 4, true, 3, 4, 0x200},  // level 3 in an ordered copy keeps counting
-        {-1, 11, false, 11, 11, 0},     // every bit set: the top level, and the count wraps
+        {0x1FF, 4, true, 3, 4, 0x200},      // level 3 in an ordered copy keeps counting
+        {0x1FF, 3, false, 3, 3, reseeded},  // outside one, it reseeds the counter from rand()
+        {-1, 11, false, 11, 11, 0},         // every bit set: the top level, and the count wraps
         {0x7FFFFFFF, 11, false, 10, 11, 0x80000000u}};
     for (const Row &row : rows) {
+        SCOPED_TRACE(row.randomBits);
         VMapData *d = VMapData::createData();
         for (int level = 1; level <= row.topLevel; ++level) {
             d->next[level] = endOf(d);
@@ -813,27 +805,13 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
         d->topLevel = row.topLevel;
         d->randomBits = row.randomBits;
         d->insertInOrder = row.inOrder;
+        std::srand(42);
         Node *node = appendRaw(d);
-        EXPECT_EQ(levelOf(d, node), row.level) << "bits " << row.randomBits;
-        EXPECT_EQ(d->topLevel, row.topAfter) << "bits " << row.randomBits;
-        EXPECT_EQ(unsigned(d->randomBits), row.bitsAfter) << "bits " << row.randomBits;
-        EXPECT_EQ(d->size, 1);
+        EXPECT_EQ(std::make_tuple(levelOf(d, node), d->topLevel, d->size),
+                  std::make_tuple(row.level, row.topAfter, 1));
+        EXPECT_EQ(unsigned(d->randomBits), row.bitsAfter);
         d->continueFreeData(0);
     }
-
-    // Outside an ordered copy, a node of level 3 reseeds the counter from rand().
-    VMapData *d = VMapData::createData();
-    for (int level = 1; level <= 3; ++level) {
-        d->next[level] = endOf(d);
-    }
-    d->topLevel = 3;
-    d->randomBits = 0x1FF;
-    std::srand(42);
-    const int expected = std::rand();
-    std::srand(42);
-    appendRaw(d);
-    EXPECT_EQ(d->randomBits, expected);
-    d->continueFreeData(0);
 }
 
 TEST(VMapData, NodeDeleteUnlinksOnEveryLevelAndKeepsTheTop) {
