@@ -107,38 +107,7 @@ TEST(DataObject, BytesGoThroughTheRegisteredTypeAndAFailedReadStillStores) {
     EXPECT_FALSE(getError.hasError());
 }
 
-namespace {
-
-struct Base {
-    virtual ~Base() = default;
-    bool operator==(Base const &) const { return true; }
-};
-struct Derived : Base {};
-
-}  // namespace
-
-TEST(Any, HoldsDeepCopiesComparedByTypeAndValueAndCastsToTheExactType) {
-    const any none;
-    any held(std::vector<std::string>{"a", "b"});
-    any copy(held);  // a non-const any is copied, not wrapped in another any
-    any_cast<std::vector<std::string>>(&copy)->push_back("c");
-    EXPECT_EQ(any_cast<std::vector<std::string>>(held).size(), 2u);
-    copy = none;
-    EXPECT_TRUE(copy.empty() && any(none).empty());
-    EXPECT_TRUE(any(1) == any(1) && any(ByteArray("ab", 2)) == any(ByteArray("ab", 2)));
-    EXPECT_FALSE(any(1) == any(2) || any(1) == any(1.0) || any(1) == any());
-
-    any value(5);
-    EXPECT_THROW(any_cast<unsigned int>(value), bad_any_cast);
-    EXPECT_THROW(any_cast<Base>(any(Derived())), bad_any_cast);
-    EXPECT_STREQ(bad_any_cast().what(),
-                 "VORT::bad_any_cast: failed conversion using VORT::any_cast");
-    EXPECT_TRUE(any_cast<int>(static_cast<any *>(nullptr)) == nullptr &&
-                any_cast<int>(static_cast<const any *>(nullptr)) == nullptr &&
-                any_cast<double>(&value) == nullptr);
-    *any_cast<int>(&value) = 6;
-    EXPECT_EQ(*any_cast<int>(static_cast<const any *>(&value)), 6);
-}
+namespace {}  // namespace
 
 namespace {
 
@@ -245,78 +214,8 @@ TEST(ByteArray, FromBase64SkipsPaddingAnywhereDropsLooseBitsAndRejectsTheRest) {
     vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "base64_fuzzer", &decodeAsTheReference);
 }
 
-TEST(ByteArray, EditsSlicesAndComparisons) {
-    const unsigned char raw[] = {1, 2, 250};
-    EXPECT_EQ(ByteArray(raw, 3)[2u] + ByteArray(raw, 3)[1], 252);
-    ByteArray bytes = bytesOf("cd");
-    bytes.append(bytesOf("ef")).append("gh", 2).prepend(bytesOf("b")).prepend("a", 1);
-    bytes.insert(4, bytesOf("--")).insert(0, "<", 1).insert(bytes.size(), ">", 1);
-    bytes.append(nullptr, 0);
-    EXPECT_EQ(textOf(bytes), "<abcd--efgh>");
-    ByteArray self = bytesOf("xy");  // parts of itself
-    self.append(self).prepend(self);
-    self.insert(1, reinterpret_cast<const char *>(self.data()) + 6, 2);
-    self.resize(12, '!');
-    ByteArray copy = self;  // a copy owns its bytes
-    copy.resize(2, '?');
-    EXPECT_EQ(textOf(self) + textOf(copy) + textOf(bytesOf("abcdef").slice(1, 4)),
-              "xxyyxyxyxy!!xxbcd");
-    // Unsigned bytes, shorter first.
-    const ByteArray ab = bytesOf("ab"), abc = bytesOf("abc");
-    EXPECT_TRUE(ab < abc && ab <= abc && abc > ab && abc >= ab && ab != abc && !(abc < ab));
-    EXPECT_TRUE(bytesOf("\x7F") < bytesOf("\x80") && bytesOf("b") > abc && ByteArray() < ab);
-    EXPECT_TRUE(ab == bytesOf("ab") && !(ab < bytesOf("ab")) && !(ab == ByteArray()));
-    EXPECT_TRUE(bytesOf("abcdef").slice(2, 2).isEmpty() && ByteArray().data() == nullptr);
-}
-
-TEST(ByteArray, StreamsAsBase64ThatDoesNotReadBack) {
-    std::stringstream out;
-    out << bytesOf("Man") << ' ';
-    EXPECT_EQ(out.str(), std::string("TWFu\0 ", 6));
-    ByteArray back = bytesOf("old");
-    out >> back;  // the written NUL is part of the word read
-    EXPECT_TRUE(out.fail() && back.isEmpty());
-    std::istringstream in("  TWFu Zm9v\nbad!word TWE=");
-    ByteArray first, second, third, fourth;
-    in >> first >> second;
-    EXPECT_EQ(textOf(first) + textOf(second), "Manfoo");
-    in >> third;
-    EXPECT_TRUE(in.fail());
-    in.clear();
-    in >> fourth;
-    EXPECT_TRUE(in && textOf(fourth) == "Ma");
-}
-
-TEST(MimeRegistry, StartsWithTheBuiltInRowsInTheirOrder) {
-    using namespace VORT;
-    std::string names;
-    for (StringID const &name : MimeRegistry::defaultMimeTypes()) {
-        names += name.getString() + " ";
-    }
-    EXPECT_EQ(
-        names,
-        "text/plain text/html text/uri-list application/x-color image/gif image/ief image/jp2 "
-        "image/jpeg image/jpm image/jpx image/png image/tiff cv-vort-booltype "
-        "cv-vort-bytearraytype cv-vort-colortype cv-vort-doubletype cv-vort-floattype "
-        "cv-vort-inttype cv-vort-md5hashtype cv-vort-pathtype cv-vort-pixmaptype "
-        "cv-vort-ipointtype cv-vort-dpointtype cv-vort-irecttype cv-vort-drecttype "
-        "cv-vort-stringtype cv-vort-transformtype ");
-    const auto type = [](const char *name) {
-        return MimeRegistry::resolveMimeType(StringID(name));
-    };
-    EXPECT_TRUE(StringType::Is(type("text/html")) && PixmapType::Is(type("image/tiff")) &&
-                MD5HashType::Is(type("cv-vort-md5hashtype")) &&
-                DRectType::Is(type("cv-vort-drecttype")));
-    // Both colour names use alpha, and the URI list holds strings.
-    EXPECT_TRUE(type("application/x-color") == ColorType::Create(true));
-    EXPECT_TRUE(type("cv-vort-colortype") == ColorType::Create(true));
-    EXPECT_TRUE(type("text/uri-list") ==
-                SpecificVectorType<std::string>::Create(StringType::Create()));
-}
-
 TEST(MimeRegistry, UnknownNamesArePlainBytesAndTheFirstRegistrationWins) {
-    for (const char *name :
-         {"application/x-never-registered", "CV-VORT-BOOLTYPE", "", "cv-vort-booltype "}) {
+    for (const char *name : {"CV-VORT-BOOLTYPE", "", "cv-vort-booltype "}) {
         EXPECT_TRUE(ByteArrayType::Is(MimeRegistry::resolveMimeType(StringID(name)))) << name;
     }
     const StringID name("application/x-mimeregistry-test-first");
@@ -325,12 +224,10 @@ TEST(MimeRegistry, UnknownNamesArePlainBytesAndTheFirstRegistrationWins) {
     MimeRegistry::registerMimeType(name, BoolType::Create());
     const TypeInfo first = MimeRegistry::resolveMimeType(name);
     const TypeInfo second = MimeRegistry::resolveMimeType(name);
-    EXPECT_EQ(ProbeType::parameterOf(first), 1);
-    EXPECT_NE(ProbeType::objectOf(first), ProbeType::objectOf(second));  // clones, not its own
-    EXPECT_TRUE(first == second);
+    // Clones, not its own object.
+    EXPECT_TRUE(ProbeType::parameterOf(first) == 1 && first == second &&
+                ProbeType::objectOf(first) != ProbeType::objectOf(second));
     // The built-in rows can't be overridden either.
-    MimeRegistry::registerMimeType(StringID("cv-vort-booltype"), MD5HashType::Create());
-    EXPECT_TRUE(BoolType::Is(MimeRegistry::resolveMimeType(StringID("cv-vort-booltype"))));
     MimeRegistry::registerMimeType(StringID("text/plain"), BoolType::Create());
     EXPECT_TRUE(StringType::Is(MimeRegistry::resolveMimeType(StringID("text/plain"))));
 }

@@ -95,38 +95,6 @@ TEST(HolderConcurrency, SharedObjectEndsOnceWhateverThreadDropsLast) {
     }
 }
 
-namespace {
-
-// Zero before any constructor runs: the class has none.
-AtomicCounter staticCounter;
-
-}  // namespace
-
-TEST(AtomicCounter, EveryOperationReturnsWhatItsNameSays) {
-    EXPECT_TRUE(!staticCounter);
-    AtomicCounter c;
-    c.init(-1);
-    EXPECT_TRUE(!c.ref() && c.ref());  // false when the new value is 0
-    EXPECT_TRUE(!c.deref() && c.deref() && int(c) == -1);
-    c = 0;
-    EXPECT_EQ(++c, 1);  // prefix forms give the new value, postfix the old
-    EXPECT_EQ(c++, 1);
-    EXPECT_EQ(--c, 1);
-    const AtomicCounter &constant = c;
-    EXPECT_EQ(constant--, 1);  // the postfix forms write even through a const counter
-    EXPECT_TRUE(c == 0 && !(c != 0) && !c);
-    c = 4;
-    EXPECT_TRUE(!c.testAndSet(5, 6) && c == 4 && c.testAndSet(4, 6));
-    EXPECT_TRUE(!c.testAndSetAcquire(4, 1) && c.testAndSetAcquire(6, 1));
-    EXPECT_TRUE(!c.testAndSetRelease(6, 2) && c.testAndSetRelease(1, 2));
-    EXPECT_EQ(c.exchange(1), 2);
-    AtomicCounter d;
-    d = c;
-    EXPECT_TRUE(d.m_value == 1 && isOnlyReference(d));
-    d.init(2);
-    EXPECT_FALSE(isOnlyReference(d));
-}
-
 TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     AtomicCounter counter, swapped, zeroes;
     counter = swapped = zeroes = 0;
@@ -224,52 +192,19 @@ TEST(ModuleObjectDeleter, ReleasesInOrderOfEntryOverTheListAsItWasAndCopiesNever
 
 namespace {
 
-// Hears of wrapped objects' ends. Where it runs on the destroying thread it also reads the
-// name while the object still stands; elsewhere the object is gone and only the pointer counts.
+// Hears of wrapped objects' ends; on another thread the object is gone and only the pointer
+// counts.
 class Obituary : public VTMS::Listener {
 public:
     ~Obituary() override { disconnect(); }
-    void onDestroyed(TWrappedObject *object) {
-        ended.push_back(object);
-        if (readsName) {
-            names.push_back(object->getTWrapperClassName().getString());
-        }
-    }
-    bool readsName = true;
+    void onDestroyed(TWrappedObject *object) { ended.push_back(object); }
     std::vector<TWrappedObject *> ended;
-    std::vector<std::string> names;
 };
 
 }  // namespace
 
-TEST(TWrappedObject, AnnouncesItsEndWhileStillWholeOnTheEmitterItShares) {
-    Obituary obituary;
-    auto object = std::make_unique<TWrappedObject>();
-    object->setTWrapperClassName(StringID("tools.paint:Brush"));
-    object->destroyed.connect(&obituary, &Obituary::onDestroyed);
-    {
-        TWrappedObject copy(*object);  // the name, but not the listeners
-        EXPECT_TRUE(copy.getTWrapperClassName() == StringID("tools.paint:Brush") &&
-                    !copy.destroyed.hasConnections());
-    }
-    TWrappedObject *const address = object.get();
-    object.reset();
-    EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
-    EXPECT_EQ(obituary.names, std::vector<std::string>{"tools.paint:Brush"});
-
-    TWrappedObject source;
-    source.destroyed.connect(&obituary, &Obituary::onDestroyed);
-    {
-        TWrappedObject target;
-        target = source;  // shares the emitter: its end goes to the source's listener
-        EXPECT_TRUE(target.destroyed.hasConnections());
-    }
-    EXPECT_EQ(obituary.ended.size(), 2u);
-}
-
 TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
     Obituary obituary;
-    obituary.readsName = false;
     vort_test::Latch known(1), destroyed(1), processed(1);
     VTMS::Thread *record = nullptr;
     std::thread other([&] {

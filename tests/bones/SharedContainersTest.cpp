@@ -814,24 +814,6 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
     }
 }
 
-TEST(VMapData, NodeDeleteUnlinksOnEveryLevelAndKeepsTheTop) {
-    VMapData *d = VMapData::createData();
-    Node *const e = endOf(d);
-    d->randomBits = 0x3F;  // the first node climbs to level 1
-    Node *a = appendRaw(d);
-    Node *b = appendRaw(d);
-    Node *c = appendRaw(d);
-    ASSERT_EQ(levelOf(d, a), 1);
-    Node *update[VMapData::LastLevel + 1] = {e, e};
-    d->node_delete(update, 0, a);  // a was first on both levels
-    EXPECT_TRUE(e->next[0] == b && e->next[1] == e && b->previous == e);
-    EXPECT_EQ(d->size * 10 + d->topLevel, 21);  // the top is never lowered
-    update[0] = b;
-    d->node_delete(update, 0, c);
-    EXPECT_TRUE(b->next[0] == e && d->previous == b && d->size == 1);
-    d->continueFreeData(0);
-}
-
 TEST(VMap, MatchesAStdMapUnderRandomEdits) {
     std::mt19937 random(17);
     VMap<int, std::string> map;

@@ -1,20 +1,16 @@
 #include "support/Latch.h"
-#include <vort/bones/MathUtils.h>
 #include <vort/bones/StringID.h>
 #include <vort/bones/StringTokenizer.h>
 #include <vort/bones/StringUtils.h>
 #include <vort/bones/UUID.h>
-#include <vort/bones/VTStringList.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cctype>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <numeric>
 #include <random>
 #include <set>
@@ -281,92 +277,4 @@ TEST(StringIDConcurrency, EachTextGetsExactlyOneIdReadableWhileOthersIntern) {
         distinct.insert(seen[i]);
     }
     EXPECT_EQ(distinct.size(), size_t(kTexts));
-}
-
-namespace {
-
-// The elements through the cursor, as one text.
-std::string walk(VTStringList &list) {
-    std::string all;
-    for (const char *e = list.firstElement(); e != nullptr; e = list.nextElement()) {
-        all += std::string(all.empty() ? "" : ",") + e;
-    }
-    return all;
-}
-
-}  // namespace
-
-TEST(VTStringList, InsertsAtClampedIndicesOwnsItsCopiesAndWalksARing) {
-    char text[] = "b";
-    VTStringList list;
-    EXPECT_TRUE(list.firstElement() == nullptr && list.nextElement() == nullptr);
-    list.addElement(text);
-    text[0] = 'x';  // the list holds its own copy
-    list.addElement(nullptr);
-    list.insertElement(0, "a");
-    list.insertElement(-5, "first");
-    list.insertElement(99, "last");
-    list.insertElement(2, "mid");
-    list.insertElement(1, nullptr);
-    EXPECT_EQ(walk(list) + std::to_string(list.size()), "first,a,mid,b,last5");
-    // Inserting leaves the cursor on its element.
-    EXPECT_STREQ(list.firstElement(), "first");
-    list.insertElement(0, "new");
-    EXPECT_STREQ(list.nextElement(), "a");
-
-    VTStringList ring(std::vector<std::string>{"a", "b", "c"});
-    std::string seen;
-    for (int index : {0, 2, 3, 4, 6, 7, 8, -1}) {
-        const char *element = ring.elementAt(index);
-        seen += element == nullptr ? "-" : element;
-    }
-    EXPECT_EQ(seen, "ac-ac-aa");
-    EXPECT_EQ(VTStringList().elementAt(5), nullptr);
-}
-
-TEST(VTStringList, RemovesEveryMatchRewindsTheCursorAndComparesElementByElement) {
-    VTStringList list(std::vector<std::string>{"Alpha", "beta", "ALPHA", "alpha_", "Alpha"});
-    EXPECT_TRUE(list.isInList("alpha", false) && !list.isInList("alpha", true));
-    EXPECT_FALSE(list.isInList(nullptr, false) || list.removeElement(nullptr, false));
-    list.firstElement();
-    list.nextElement();
-    EXPECT_FALSE(list.removeElement("gamma", false));
-    EXPECT_STREQ(list.nextElement(), "ALPHA");  // a failed removal leaves the cursor
-    EXPECT_TRUE(list.removeElement("Alpha", true));
-    EXPECT_STREQ(list.nextElement(), "ALPHA");  // the cursor went back to the first element
-    EXPECT_TRUE(list.removeElement("alpha", false));
-    EXPECT_EQ(walk(list), "beta,alpha_");
-
-    VTStringList copy(list), other(std::vector<std::string>{"beta", "Alpha_"});
-    EXPECT_TRUE(copy == list && copy.elementAt(0) != list.elementAt(0) && other != list);
-    EXPECT_EQ(copy.nextElement(), nullptr);  // a copy's cursor starts at the end
-    other = list;
-    EXPECT_TRUE(other == list && !(VTStringList() != VTStringList()));
-}
-
-TEST(MathUtils, RoundsTowardsZeroAfterAddingAHalfAndNormalizesAnglesIntoTheClosedRange) {
-    EXPECT_EQ(rad_to_16th_deg(pi) + interpolate(0.25, 2.0, 10.0), 2884.0);
-    std::string rounded;
-    for (double x : {2.5, -2.5, -0.6, -1.4, -1.6, 1.49, -0.5}) {
-        rounded += std::to_string(int_rnd(x)) + " ";
-    }
-    EXPECT_EQ(rounded, "3 -2 0 0 -1 1 0 ");
-    const double cases[][2] = {
-        {-pi, -pi}, {pi, pi}, {0, 0}, {-1.5 * pi, 0.5 * pi}, {13.5 * pi, -0.5 * pi}};
-    for (auto const &c : cases) {
-        EXPECT_NEAR(normalizeAndReturnAngle(c[0]), c[1], 1e-12) << c[0];
-        EXPECT_NEAR(normalizeAndReturnAngle(float(c[0])), float(c[1]), 1e-5f) << c[0];
-    }
-    // Past 14 pi the remainder is taken instead of stepping.
-    EXPECT_NEAR(normalizeAndReturnAngle(100 * pi), 0.0, 1e-12);
-    EXPECT_EQ(normalizeAndReturnAngle(14 * pi + 1.0), std::fmod(14 * pi + 1.0, 2 * pi));
-    for (double x = -2000.0; x < 2000.0; x += 0.987654321) {
-        const double d = normalizeAndReturnAngle(x);
-        const float f = normalizeAndReturnAngle(float(x));
-        ASSERT_TRUE(d >= -pi && d <= pi && f >= -float(pi) && f <= float(pi)) << x;
-        const double turns = (x - d) / (2 * pi);
-        ASSERT_NEAR(turns, std::round(turns), 1e-9) << x;
-    }
-    EXPECT_TRUE(std::isnan(normalizeAndReturnAngle(std::numeric_limits<double>::infinity())) &&
-                std::isnan(normalizeAndReturnAngle(std::nanf(""))));
 }

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,41 +23,39 @@ using vort_test::TempFolder;
 
 namespace {
 
+using Args = std::vector<std::string>;
+using Call = void (*)(XmlWriter &, Args const &);
+
+// The writer's calls by name and number of arguments.
+const std::map<std::string, Call> kCalls = {
+    {"doc0", [](XmlWriter &w, Args const &) { w.writeStartDocument("1.0"); }},
+    {"enddoc0", [](XmlWriter &w, Args const &) { w.writeEndDocument(); }},
+    {"start1", [](XmlWriter &w, Args const &a) { w.writeStartElement(a[0]); }},
+    {"start3", [](XmlWriter &w, Args const &a) { w.writeStartElement(a[0], a[1], a[2]); }},
+    {"empty1", [](XmlWriter &w, Args const &a) { w.writeEmptyElement(a[0]); }},
+    {"empty2", [](XmlWriter &w, Args const &a) { w.writeEmptyElement(a[0], a[1]); }},
+    {"end0", [](XmlWriter &w, Args const &) { w.writeEndElement(); }},
+    {"element2", [](XmlWriter &w, Args const &a) { w.writeElement(a[0], a[1]); }},
+    {"element3", [](XmlWriter &w, Args const &a) { w.writeElement(a[0], a[1], a[2]); }},
+    {"startattr1", [](XmlWriter &w, Args const &a) { w.writeStartAttribute(a[0]); }},
+    {"endattr0", [](XmlWriter &w, Args const &) { w.writeEndAttribute(); }},
+    {"attr2", [](XmlWriter &w, Args const &a) { w.writeAttribute(a[0], a[1]); }},
+    {"attr3", [](XmlWriter &w, Args const &a) { w.writeAttribute(a[0], a[1], a[2]); }},
+    {"attr4", [](XmlWriter &w, Args const &a) { w.writeAttribute(a[0], a[1], a[2], a[3]); }},
+    {"value0", [](XmlWriter &w, Args const &) { w.writeValue(std::string()); }},
+    {"value1", [](XmlWriter &w, Args const &a) { w.writeValue(a[0]); }},
+    {"ns2", [](XmlWriter &w, Args const &a) { w.writeNamespace(a[0], a[1]); }},
+    {"defaultns1", [](XmlWriter &w, Args const &a) { w.writeDefaultNamespace(a[0]); }}};
+
 // Runs one call written as "name" or "name:arg,arg,...".
-void call(XmlWriter &w, std::string const &step) {
+void call(XmlWriter &writer, std::string const &step) {
     const std::string::size_type colon = step.find(':');
-    const std::string name = step.substr(0, colon);
-    std::vector<std::string> a;
+    Args a;
     std::istringstream args(colon != std::string::npos ? step.substr(colon + 1) : "");
     for (std::string arg; std::getline(args, arg, ',');) {
         a.push_back(arg);
     }
-    const size_t n = a.size();
-    if (name == "doc") {
-        w.writeStartDocument("1.0");
-    } else if (name == "enddoc") {
-        w.writeEndDocument();
-    } else if (name == "start") {
-        n == 1 ? w.writeStartElement(a[0]) : w.writeStartElement(a[0], a[1], a[2]);
-    } else if (name == "empty") {
-        n == 1 ? w.writeEmptyElement(a[0]) : w.writeEmptyElement(a[0], a[1]);
-    } else if (name == "end") {
-        w.writeEndElement();
-    } else if (name == "element") {
-        n == 2 ? w.writeElement(a[0], a[1]) : w.writeElement(a[0], a[1], a[2]);
-    } else if (name == "startattr") {
-        w.writeStartAttribute(a[0]);
-    } else if (name == "endattr") {
-        w.writeEndAttribute();
-    } else if (name == "attr") {
-        n == 2   ? w.writeAttribute(a[0], a[1])
-        : n == 3 ? w.writeAttribute(a[0], a[1], a[2])
-                 : w.writeAttribute(a[0], a[1], a[2], a[3]);
-    } else if (name == "value") {
-        w.writeValue(n ? a[0] : std::string());
-    } else {
-        name == "ns" ? w.writeNamespace(a[0], a[1]) : w.writeDefaultNamespace(a[0]);
-    }
+    kCalls.at(step.substr(0, colon) + std::to_string(a.size()))(writer, a);
 }
 
 // The message of the exception that `body` throws, after checking the file it names.
@@ -294,8 +293,7 @@ TEST(XmlReader, AnswersAttributesAndNamespacesOfTheCurrentElement) {
     EXPECT_EQ(
         joined(name.getLocalName(), name.getNamespaceURI(), name.getPrefix(), name.toString()),
         "root|urn:p|p|p:root|");
-    ASSERT_EQ(reader.getAttributeCount(), 2);
-    EXPECT_TRUE(reader.isAttributeSpecified(1));
+    ASSERT_TRUE(reader.getAttributeCount() == 2 && reader.isAttributeSpecified(1));
     // An unqualified attribute is found with the empty namespace. The reference forms compare by
     // identity, so they never find anything; the lookup of a namespace by prefix answers the
     // prefix, not the URI.
@@ -308,7 +306,7 @@ TEST(XmlReader, AnswersAttributesAndNamespacesOfTheCurrentElement) {
                reader.getAttributeValue(reader.getAttributeNamespace(1),
                                         reader.getAttributeLocalName(1))),
         "p:id|urn:p|7|(null)|plain|v|7|(null)|(null)|");
-    ASSERT_EQ(reader.getNamespaceCount(), 2);
+    EXPECT_EQ(reader.getNamespaceCount(), 2);
     EXPECT_EQ(
         joined(reader.getNamespacePrefix(0), reader.getNamespaceURI(0), reader.getNamespaceURI(1),
                reader.getNamespaceURI(std::string("p")), reader.getNamespaceURI(std::string("q")),
@@ -321,18 +319,8 @@ TEST(XmlReader, AnswersAttributesAndNamespacesOfTheCurrentElement) {
               "urn:d|(null)||");
 }
 
-TEST(XmlReader, ReferencesPrefixesWithoutNamespacesAndNextTag) {
+TEST(XmlReader, PrefixesWithoutNamespacesReferencesAndNextTag) {
     TempFolder folder;
-    XmlReader reader(folder.write("refs.xml", "<x:y xmlns:x=\"urn:x\">é</x:y>").c_str());
-    reader.next();
-    reader.next();
-    // References are equal by identity, and compare their texts with strings.
-    const XmlStringRef one = reader.getLocalName(), two = reader.getLocalName(), copy = one;
-    EXPECT_TRUE(one != two && one == "y" && two == std::string("y") && one != "z" && copy == one);
-    EXPECT_TRUE(XmlStringRef().isNull() && XmlStringRef() == "" && reader.getPrefix() == "x");
-    reader.next();
-    EXPECT_TRUE(reader.getText() == "é" && reader.getLocalName().isNull());
-
     const std::string plain = folder.write("plain.xml", "<x:y a:b=\"1\" c=\"2\"><w/></x:y>");
     XmlReader flat(plain.c_str(), XmlReaderSettings(false));
     flat.next();
@@ -344,7 +332,9 @@ TEST(XmlReader, ReferencesPrefixesWithoutNamespacesAndNextTag) {
     ASSERT_EQ(flat.next(), XmlEventTypes::StartElement);
     EXPECT_TRUE(flat.getPrefix().isNull());
 
-    // A child element inside the text is an error of the text reader, seen by every copy.
+    // References are equal by identity. A child element inside the text is an error of the
+    // text reader, seen by every copy.
+    EXPECT_TRUE(flat.getLocalName() != flat.getLocalName() && flat.getLocalName() == "w");
     XmlReader tag(folder.write("tag.xml", "<a k=\"1\">text<b/>more</a>").c_str());
     tag.next();
     tag.next();
@@ -380,9 +370,7 @@ TEST(XmlReader, ReportsParseErrorsWithTheirPlaceAndNeverThrows) {
             reader.next();
         }
         EXPECT_TRUE(reader.hasError() && reader.getEventType() == XmlEventTypes::Invalid);
-        if (*row.text != '\0') {
-            EXPECT_EQ(reader.error(), row.text);
-        }
+        EXPECT_TRUE(*row.text == '\0' || reader.error() == row.text) << reader.error();
         EXPECT_EQ(reader.getLocation().getSystemId() +
                       std::to_string(reader.getLocation().getLineNumber()),
                   file + std::to_string(row.line));

@@ -15,15 +15,6 @@
 #include <ostream>
 #include <string>
 
-namespace VORT {
-
-// Failures show a reference's text.
-inline void PrintTo(XmlStringRef const &ref, std::ostream *out) {
-    *out << (ref.isNull() ? std::string("(null)") : '"' + ref.toString() + '"');
-}
-
-}  // namespace VORT
-
 namespace vort_test {
 
 inline std::string shown(VORT::XmlStringRef const &ref) {
