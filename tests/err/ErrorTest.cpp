@@ -98,13 +98,12 @@ TEST_F(Errors, HoldersOwnOneCloneAndAssignmentReplacesIt) {
     EXPECT_TRUE(holder == ErrorHolder() && ErrorHolder(holder).description() == nullptr);
     holder.setError(CountingDescription("first"));
     holder.setError(CountingDescription("second"));  // a later error replaces the earlier
-    EXPECT_EQ(CountingDescription::alive, 1);
-    EXPECT_EQ(holder.what(), "second");
+    EXPECT_EQ(holder.what() + std::to_string(CountingDescription::alive), "second1");
     ErrorDescription *const before = holder.description();
     holder = holder;
-    EXPECT_EQ(holder.description(), before);
     ErrorHolder other(holder);
-    EXPECT_FALSE(other.description() == before || other == holder);
+    EXPECT_FALSE(holder.description() != before || other.description() == before ||
+                 other == holder);
     other.setError(CountingDescription("theirs"));
     holder = other;
     EXPECT_EQ(holder.what() + std::to_string(CountingDescription::alive), "theirs2");
@@ -116,12 +115,12 @@ TEST_F(Errors, HoldersOwnOneCloneAndAssignmentReplacesIt) {
     // description's own clone, which loses the template type.
     const ZQFErrorType<VT_PackageNotFound> typed(kHere, "a.b");
     holder.setError(static_cast<const ZQFErrorDescription &>(typed));
-    EXPECT_EQ(typeid(*holder.description()), typeid(ZQFErrorDescription));
-    holder.setError(typed);
-    EXPECT_EQ(typeid(*holder.description()), typeid(ZQFErrorType<VT_PackageNotFound>));
-    other = holder;
-    EXPECT_EQ(typeid(*other.description()), typeid(ZQFErrorDescription));
-    EXPECT_EQ(other.what(), "Package 'a.b' not found.");
+    other.setError(typed);
+    EXPECT_TRUE(typeid(*holder.description()) == typeid(ZQFErrorDescription) &&
+                typeid(*other.description()) == typeid(typed));
+    holder = other;
+    EXPECT_TRUE(typeid(*holder.description()) == typeid(ZQFErrorDescription) &&
+                holder.what() == "Package 'a.b' not found.");
 }
 
 TEST_F(Errors, ExceptionsCarryTheirDescriptionAndSurviveFailingReports) {
@@ -131,7 +130,6 @@ TEST_F(Errors, ExceptionsCarryTheirDescriptionAndSurviveFailingReports) {
     } catch (TypedException<SimpleErrorDescription> const &e) {
         EXPECT_EQ(e.what() + e.description()->id() + std::to_string(e.where().line()),
                   "bad uriUri::Bad88");
-        EXPECT_NE(dynamic_cast<std::exception const *>(&e), nullptr);
     }
     struct Throwing : SimpleErrorDescription {
         explicit Throwing(bool standard) : SimpleErrorDescription(kHere, ""), standard(standard) {}
@@ -145,6 +143,6 @@ TEST_F(Errors, ExceptionsCarryTheirDescriptionAndSurviveFailingReports) {
     };
     EXPECT_STREQ(TypedException<Throwing>(Throwing(true)).what(), "formatter failed");
     const TypedException<Throwing> other(Throwing(false));
-    EXPECT_STREQ(other.what(), "Internal error: Error report threw exception");
-    EXPECT_EQ(other.where().line(), 88u);
+    EXPECT_EQ(other.what() + std::to_string(other.where().line()),
+              "Internal error: Error report threw exception88");
 }

@@ -13,29 +13,24 @@ struct Captured {
     std::vector<AssertionReport> assertions;
     std::string debug, console;
     std::atomic<double> clock{0.0};
-};
-
-Captured &captured() {
-    static Captured instance;
-    return instance;
-}
+} g_captured;
 
 // A copy of one of the captured records, taken under the lock.
 template <typename T>
 T read(T Captured::*member) {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    return captured().*member;
+    std::lock_guard<std::mutex> guard(g_captured.lock);
+    return g_captured.*member;
 }
 
 template <std::string Captured::*member>
 void record(const char *text) {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    captured().*member += text;
+    std::lock_guard<std::mutex> guard(g_captured.lock);
+    g_captured.*member += text;
 }
 
 void recordAssertion(const char *expression, const char *file, int line, const char *message) {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    captured().assertions.push_back({expression ? expression : "", file ? file : "", line,
+    std::lock_guard<std::mutex> guard(g_captured.lock);
+    g_captured.assertions.push_back({expression ? expression : "", file ? file : "", line,
                                      message != nullptr, message ? message : ""});
 }
 
@@ -52,7 +47,7 @@ void install(HslAssertHandler onAssert, HslTextSink debug, HslTextSink console, 
 PlatformCapture::PlatformCapture() {
     clear();
     install(&recordAssertion, &record<&Captured::debug>, &record<&Captured::console>,
-            [] { return captured().clock.load(); });
+            [] { return g_captured.clock.load(); });
 }
 
 PlatformCapture::~PlatformCapture() {
@@ -70,14 +65,14 @@ std::string PlatformCapture::consoleOutput() const {
 }
 
 void PlatformCapture::clear() {
-    std::lock_guard<std::mutex> guard(captured().lock);
-    captured().assertions.clear();
-    captured().debug = captured().console = std::string();
-    captured().clock = 0.0;
+    std::lock_guard<std::mutex> guard(g_captured.lock);
+    g_captured.assertions.clear();
+    g_captured.debug = g_captured.console = std::string();
+    g_captured.clock = 0.0;
 }
 
 void PlatformCapture::setClock(double seconds) {
-    captured().clock.store(seconds);
+    g_captured.clock.store(seconds);
 }
 
 }  // namespace vort_test

@@ -62,13 +62,6 @@ std::string texts(DataNode::NodeVector const *nodes) {
 // holds: it is then destroyed first, and lets go of them.
 class TestDatabase : public Database {
 public:
-    std::string keys() const {
-        std::string result;
-        for (auto const &entry : mData) {
-            result += entry.first + "|";
-        }
-        return result;
-    }
     unsigned loadCount(std::string const &file) const { return mFiles.at(file)->mLoadCount; }
 };
 
@@ -114,19 +107,19 @@ TEST(DataNode, RepeatedLongNamesBecomeOneListHeadWhoseFirstEntryHasTheContent) {
     const NodePtr a = doc.at("A"), head = doc.at("A/B");
     DataNode::NodeVector found(1, head);
     EXPECT_EQ(a->getElementsOfName("B", found, false) * 10 + found.size(), 12u);
-    EXPECT_EQ(a->getElementsOfName("B", found, true), 1u);
-    EXPECT_EQ(found, DataNode::NodeVector(1, head));
-    EXPECT_TRUE(a->getElement("B") == head && a->getElements()->size() == 2u);
+    EXPECT_EQ(a->getElementsOfName("B", found, true) * 10 + found.size(), 11u);
+    EXPECT_TRUE(found[0] == head && a->getElement("B") == head && a->getElements()->size() == 2u);
 
     EXPECT_TRUE(head->isNodeList() && !head->getElements() && !head->getAttributes());
     EXPECT_EQ(head->getName() + "|" + head->getShortName() + "|" + head->getValue<std::string>(),
               "A/B|B|");
     EXPECT_EQ(texts(head->getNodeList()), "one|two|three|");
     const NodePtr first = head->getNodeList()->front();
-    EXPECT_EQ(first->getName() + first->getAttribute<std::string>("k"), "A/B1");
     // The first entry's children keep pointing to the head's name.
     ASSERT_TRUE(first->getElement("C") && first->getElement("C") == doc.at("A/B/C"));
-    EXPECT_EQ(first->getElement("C")->getName(), "A/B/C");
+    EXPECT_EQ(first->getName() + first->getAttribute<std::string>("k") +
+                  first->getElement("C")->getName(),
+              "A/B1A/B/C");
     // One map per file: items under different parents of one long name share a list.
     EXPECT_EQ(texts(doc.at("A/G/Item")->getNodeList()), "x|y|z|");
     EXPECT_EQ(doc.at("A/G")->getNodeList()->size(), 2u);
@@ -202,7 +195,6 @@ TEST(DataNode, TypedReadersUseTheDefaultOnlyForAMissingAttribute) {
     }
     EXPECT_EQ(read(*r, "missing", std::string("d")), std::make_pair(std::string("d"), 0));
     EXPECT_EQ(read(*r, "c", Color()), std::make_pair(Color(1, 0, 0, 1), 1));
-    EXPECT_EQ(read(*r, "missing", Color(0, 1, 0, 1)), std::make_pair(Color(0, 1, 0, 1), 0));
     EXPECT_EQ(read(*r, "n", Color(0, 1, 0, 1)), std::make_pair(Color(), 0));
     // The node's own value never uses the default.
     EXPECT_EQ(read(*r, "", 9L), std::make_pair(0L, 1));
@@ -269,9 +261,6 @@ TEST(DataNode, MalformedFilesKeepWhatWasFinishedAndBoundsHold) {
                   broken.at("A/D/E")->getValue<std::string>(),
               "123");
     EXPECT_TRUE(broken.at("A/D") == nullptr && broken.at("A") == nullptr);
-    // Any end tag closes a level; the parser itself refuses the mismatch right after.
-    const Loaded mismatch = load("<A><B>1</C></A>");
-    EXPECT_TRUE(!mismatch.rootLoaded && mismatch.nodes.empty());
 
     std::string deep;
     for (int i = 0; i < 5000; ++i) {
@@ -325,7 +314,6 @@ TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
     EXPECT_TRUE(l->isCombinedNode() && !l->isNodeList() && l->getValue<std::string>() == "3");
     // The merged root's children are the files' own nodes: the first file's B comes first.
     EXPECT_EQ(db.getData("A")->getElement("B")->getValue<std::string>(), oneFirst ? "x" : "y");
-    EXPECT_EQ(db.keys(), "A|A/B|A/Done|A/L|A/Only|A/W|");
 }
 
 TEST_F(DatabaseTest, ScansAtMostOncePerIntervalAndRereadsAFileWhoseTimeChanged) {

@@ -4,16 +4,19 @@
 
 #include <vort/xml/XmlReader.h>
 
-#include <QtCore/QDateTime>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <cstdint>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <sys/stat.h>
 
 namespace vort_test {
 
@@ -38,33 +41,26 @@ public:
 
     // The folder's path, or a path inside it, as the library takes file names.
     std::string path(std::string const &name = std::string()) const {
-        const QString root = QDir(m_dir.path()).canonicalPath();
-        return QFile::encodeName(name.empty() ? root : root + u'/' + QString::fromStdString(name))
-            .toStdString();
+        const std::string root =
+            QFile::encodeName(QDir(m_dir.path()).canonicalPath()).toStdString();
+        return name.empty() ? root : root + '/' + name;
     }
 
     // Writes `bytes` to `name` (subfolders are made), and gives the file the modification
     // time `seconds` since 1970 when that is not 0.
-    std::string write(std::string const &name, std::string const &bytes, qint64 seconds = 0) const {
+    std::string write(std::string const &name, std::string const &bytes,
+                      std::int64_t seconds = 0) const {
         const std::string file = path(name);
-        const QString qfile = QFile::decodeName(QByteArray::fromStdString(file));
-        QDir().mkpath(QFileInfo(qfile).absolutePath());
-        QFile out(qfile);
-        EXPECT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate)) << file;
-        out.write(bytes.data(), static_cast<qint64>(bytes.size()));
-        // Flushed first: bytes written later would set the time to now again.
-        out.flush();
-        if (seconds != 0) {
-            EXPECT_TRUE(out.setFileTime(QDateTime::fromSecsSinceEpoch(seconds),
-                                        QFileDevice::FileModificationTime));
-        }
+        std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+        std::ofstream(file, std::ios::binary) << bytes;
+        const struct timespec times[2] = {{seconds, 0}, {seconds, 0}};
+        EXPECT_TRUE(seconds == 0 || ::utimensat(AT_FDCWD, file.c_str(), times, 0) == 0) << file;
         return file;
     }
 
     std::string read(std::string const &name) const {
-        QFile in(QFile::decodeName(QByteArray::fromStdString(path(name))));
-        EXPECT_TRUE(in.open(QIODevice::ReadOnly)) << name;
-        return in.readAll().toStdString();
+        std::ifstream in(path(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
     }
 
 private:
