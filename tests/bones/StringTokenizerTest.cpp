@@ -110,24 +110,6 @@ TEST(StringUtils, ReplacesSplitsAndGetsTokens) {
     EXPECT_EQ(seen + token + "@" + std::to_string(position), "ab@4 cd@8 c@7");
 }
 
-TEST(StringUtils, CompareIgnoreCaseFoldsAsciiLettersOnly) {
-    struct Case {
-        const char *a, *b;
-        int sign;
-    };
-    // clang-format off
-    const Case cases[] = {{"", "", 0},      {"Hello", "hELLO", 0}, {"ABCXYZ", "abcxyz", 0},
-                          {"abc", "ABCD", -1}, {"_", "A", -1},       {"[", "a", -1},
-                          {"@", "`", -1},      {"\xC3\xA9", "\xC3\x89", 1}, {"\xFF", "a", 1}};
-    // clang-format on
-    for (Case const &c : cases) {
-        const int forward = compareIgnoreCase(c.a, c.b);
-        const int backward = compareIgnoreCase(c.b, c.a);
-        EXPECT_EQ((forward > 0) - (forward < 0), c.sign) << c.a << " vs " << c.b;
-        EXPECT_EQ((backward > 0) - (backward < 0), -c.sign) << c.b << " vs " << c.a;
-    }
-}
-
 // The tokenizer's numbers share one C locale, made on first use, and UUIDs come from one
 // generator: threads that start together race both from the first call on.
 TEST(TextConcurrency, NumbersAndUuidsFromManyThreadsAtOnce) {
