@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace VORT;
@@ -48,11 +49,8 @@ TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
     EXPECT_EQ(b->getPath().toString() + "|" + b->getName().toString(), "root.a.b|b");
     ASSERT_EQ(a->getChildren().size(), 1);
     EXPECT_TRUE(a->getChildren()[0].get() == b && b->getResolveRoutes().value(0) == a);
-
     // An existing path gives its package and makes nothing.
     EXPECT_EQ(universe.createPackage(path("root.a.b"), error), b);
-    universe.createPackage(path("root.a.c"), error);
-    EXPECT_EQ(a->getChildren().size() * 10 + root->getChildren().size(), 21);
 }
 
 TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
@@ -97,10 +95,11 @@ TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
                           {"a..b.:C", false, false, true}, {"a:b:C", false, false, false},
                           {"a.b:", false, false, false},   {"a:b.c", false, false, false}};
     for (Case const &c : cases) {
-        EXPECT_EQ(ClassName(StringID(c.text)).isValid(), c.name) << c.text;
-        EXPECT_EQ(PackageName(StringID(c.text)).isValid(), c.name) << c.text;
-        EXPECT_EQ(PackagePath(StringID(c.text)).isValid(), c.packagePath) << c.text;
-        EXPECT_EQ(ClassPath(StringID(c.text)).isValid(), c.classPath) << c.text;
+        const StringID id(c.text);
+        EXPECT_EQ(std::make_tuple(ClassName(id).isValid(), PackageName(id).isValid(),
+                                  PackagePath(id).isValid(), ClassPath(id).isValid()),
+                  std::make_tuple(c.name, c.name, c.packagePath, c.classPath))
+            << c.text;
     }
     // path: super path, last name, first name; class path: package path, class name
     const char *const parts[][6] = {
@@ -118,8 +117,8 @@ TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
             joined(path.getSuperPackagePath(), path.getPackageName(), path.getFirstPackageName(),
                    classPath.getPackagePath(), classPath.getClassName()),
             std::string(p[1]) + "|" + p[2] + "|" + p[3] + "|" + p[4] + "|" + p[5] + "|");
-        EXPECT_EQ(path.isRoot(), *p[0] == '\0') << p[0];
-        EXPECT_EQ(classPath.isRoot(), *p[0] == ':') << p[0];
+        EXPECT_TRUE(path.isRoot() == (*p[0] == '\0') && classPath.isRoot() == (*p[0] == ':'))
+            << p[0];
     }
 }
 

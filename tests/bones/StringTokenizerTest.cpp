@@ -160,8 +160,8 @@ TEST(StringID, EqualTextsShareOneStringAndCompareByItsAddress) {
     EXPECT_EQ(a.c_str(), c.c_str());
     const StringID other("Interned text");
     const bool less = addressOf(a) < addressOf(other);
-    EXPECT_TRUE(a != other && (a < other) == less && (a > other) == !less);
-    EXPECT_TRUE((a <= other) == less && (a >= other) == !less && a <= a && a >= a && !(a < a));
+    EXPECT_TRUE(a != other && (a < other) == less && (a > other) == !less && (a <= other) == less &&
+                (a >= other) == !less && a <= a && a >= a && !(a < a));
     EXPECT_TRUE(StringID() < a && a == b);
 
     // A text with a NUL in it gets an id of its own that reads as the part before the NUL.

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <typeinfo>
 
 using namespace VORT;
 
@@ -110,17 +109,6 @@ TEST_F(Errors, HoldersOwnOneCloneAndAssignmentReplacesIt) {
     holder.copy(ErrorHolder());  // copying an empty holder empties
     other.clear();
     EXPECT_EQ(CountingDescription::alive, 0);
-
-    // setError copies with the static type it is given, and a copy of a holder clones with the
-    // description's own clone, which loses the template type.
-    const ZQFErrorType<VT_PackageNotFound> typed(kHere, "a.b");
-    holder.setError(static_cast<const ZQFErrorDescription &>(typed));
-    other.setError(typed);
-    EXPECT_TRUE(typeid(*holder.description()) == typeid(ZQFErrorDescription) &&
-                typeid(*other.description()) == typeid(typed));
-    holder = other;
-    EXPECT_TRUE(typeid(*holder.description()) == typeid(ZQFErrorDescription) &&
-                holder.what() == "Package 'a.b' not found.");
 }
 
 TEST_F(Errors, ExceptionsCarryTheirDescriptionAndSurviveFailingReports) {

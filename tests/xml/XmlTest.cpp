@@ -442,9 +442,9 @@ TEST(XmlReader, AnswersAttributesAndNamespacesOfTheCurrentElement) {
         "p|urn:p|urn:d|p|(null)|(null)|");
     // The next element has its own snapshot: no attributes, and its default namespace.
     ASSERT_EQ(reader.next(), XmlEventTypes::StartElement);
-    EXPECT_EQ(reader.getAttributeCount() + reader.getNamespaceCount(), 0);
-    EXPECT_EQ(joined(reader.getNamespaceURI(), reader.getPrefix(), reader.getPrefix().toString()),
-              "urn:d|(null)||");
+    EXPECT_EQ(joined(reader.getNamespaceURI(), reader.getPrefix()) +
+                  std::to_string(reader.getAttributeCount()),
+              "urn:d|(null)|0");
 }
 
 TEST(XmlReader, PrefixesWithoutNamespacesReferencesAndNextTag) {
@@ -581,10 +581,11 @@ TEST(DataNode, CsvListsSplitTheTextAndConvertOnce) {
     // A cache made before an absorb does not see the absorbed values.
     NodePtr merged = boost::make_shared<DataNode>();
     merged->absorb(list);
-    ASSERT_EQ(merged->getDataCSVAsInteger()->size(), 3u);
+    const size_t cached = merged->getDataCSVAsInteger()->size();
     merged->absorb(list);
-    EXPECT_EQ(merged->getDataCSVAsStrings()->size() * 10 + merged->getDataCSVAsInteger()->size(),
-              63u);
+    EXPECT_EQ(merged->getDataCSVAsStrings()->size() * 100 + cached * 10 +
+                  merged->getDataCSVAsInteger()->size(),
+              633u);
 }
 
 TEST(DataNode, TextComesFromTheLastRunOrFromTheValueAttribute) {
@@ -636,7 +637,6 @@ TEST(DataNode, TypedReadersUseTheDefaultOnlyForAMissingAttribute) {
     EXPECT_EQ(read(*r, "", std::string("d")), std::make_pair(std::string("abc"), 1));
     const DataNode empty;
     EXPECT_EQ(read(empty, "", 3.0), std::make_pair(0.0, 0));
-    EXPECT_EQ(read(empty, "", true), std::make_pair(false, 0));
     EXPECT_EQ(read(empty, "", std::string("d")), std::make_pair(std::string(), 1));
 }
 
