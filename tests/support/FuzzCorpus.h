@@ -14,10 +14,8 @@
 
 namespace vort_test {
 
-using FuzzTarget = int (*)(const std::uint8_t *, std::size_t);
-
 inline void replayCorpus(std::filesystem::path const &corpus, const char *target,
-                         FuzzTarget entry) {
+                         int (*entry)(const std::uint8_t *, std::size_t)) {
     int replayed = 0;
     for (auto const &file : std::filesystem::directory_iterator(corpus / target)) {
         std::ifstream in(file.path(), std::ios::binary);

