@@ -2,16 +2,19 @@
 #include "support/PlatformHooks.h"
 #include <vort/bones/AtomicCounter.h>
 #include <vort/bones/Holder.h>
+#include <vort/bones/ModuleObject.h>
+#include <vort/bones/TWrappedObject.h>
+#include <vort/messaging/Thread.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
-using VORT::AtomicCounter;
-using VORT::Holder;
-using VORT::ReferencedTemplate;
+using namespace VORT;
 
 namespace {
 
@@ -42,6 +45,47 @@ private:
 using Plain = Node<unsigned int>;
 using Shared = Node<AtomicCounter>;
 
+std::vector<std::string> g_released;
+
+struct Item {
+    std::string name;
+    ModuleObjectDeleter *enterLate = nullptr;  // a deleter to enter a new object into as it ends
+    ModuleObject **late = nullptr;
+};
+
+struct RecordingDeleter {
+    void operator()(Item *item) const;
+};
+using ItemEntry = ModuleObjectImpl<Item *, RecordingDeleter>;
+
+void RecordingDeleter::operator()(Item *item) const {
+    g_released.push_back(item->name);
+    if (item->enterLate != nullptr) {
+        *item->late = new ItemEntry(new Item{"late"});
+        item->enterLate->append(*item->late);
+    }
+    delete item;
+}
+
+// A pointer-like value whose token tells when the entry that holds it has been freed.
+struct Probe {
+    Item *item;
+    std::shared_ptr<int> token;
+    explicit operator bool() const { return item != nullptr; }
+};
+struct ProbeDeleter {
+    void operator()(Probe const &probe) const { RecordingDeleter()(probe.item); }
+};
+
+// Hears of wrapped objects' ends; on another thread the object is gone and only the pointer
+// counts.
+class Obituary : public VTMS::Listener {
+public:
+    ~Obituary() override { disconnect(); }
+    void onDestroyed(TWrappedObject *object) { ended.push_back(object); }
+    std::vector<TWrappedObject *> ended;
+};
+
 }  // namespace
 
 TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
@@ -50,14 +94,11 @@ TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
     {
         Holder<Plain> first(node), second(first), third;
         third = second;
-        EXPECT_EQ(node->count(), 3);
         EXPECT_TRUE(first == second && third == node && third.get() == node && &*third == node);
         third = third;  // self-assignment, by handle and by pointer
         third = node;
-        EXPECT_EQ(node->count(), 3);
         second = nullptr;
-        EXPECT_TRUE(!second && second == nullptr && bool(first));
-        EXPECT_EQ(ends.load(), 0);
+        EXPECT_TRUE(!second && second == nullptr && bool(first) && node->count() == 2 && !ends);
     }
     EXPECT_EQ(ends.load(), 1);
 
@@ -67,125 +108,30 @@ TEST(Holder, CountsHandlesAndDestroysAtZeroEvenWhenTheOldObjectHoldsTheNew) {
     for (bool byPointer : {false, true}) {
         Holder<Plain> handle(new Plain(&ends));
         handle->child = new Plain(&children);
-        if (byPointer) {
-            handle = handle->child.get();
-        } else {
-            handle = handle->child;
-        }
+        byPointer ? void(handle = handle->child.get()) : void(handle = handle->child);
         EXPECT_EQ(handle->count(), 1);
     }
-    EXPECT_EQ(ends.load(), 3);
-    EXPECT_EQ(children.load(), 2);
-}
-
-TEST(ReferencedTemplate, CopiesOfAPlainCountStartAtZeroAndSharedOnesTakeTheCount) {
-    Holder<Plain> a(new Plain), a2(a), copy(new Plain(*a));
-    Holder<Shared> s(new Shared), s2(s);
-    Holder<Shared> sharedCopy(new Shared(*s));  // took the count of 2, then the handle's
-    EXPECT_EQ(copy->count() * 10 + sharedCopy->count(), 13);
-    sharedCopy->decrementReference();
-    sharedCopy->decrementReference();
-
-    // The single-thread check is debug code: it always asserts, and changes nothing.
-    vort_test::PlatformCapture platform;
-    EXPECT_TRUE(ReferencedTemplate<unsigned int>::ensureSingleThread(a.get(), true));
-    ASSERT_EQ(platform.assertions().size(), 1u);
-    const auto report = platform.assertions()[0];
-    EXPECT_EQ(report.expression + report.file + std::to_string(report.line),
-              ": Forced Assertion.\\bones\\Holder47");
-    EXPECT_EQ(report.message, "Debug code, this shouldn't be run in release.");
-    EXPECT_EQ(a->count(), 2);
-}
-
-TEST(Holder, EndsAnObjectThroughItsVirtualDestroy) {
-    class Pooled : public ReferencedTemplate<unsigned int> {
-    public:
-        int destroyCalls = 0;
-
-    protected:
-        void destroy() override { ++destroyCalls; }
-        friend class VORT::Holder<Pooled>;
-    };
-    Pooled pooled;
-    {
-        Holder<Pooled> a(&pooled), b(a);
-        a = nullptr;
-        EXPECT_EQ(pooled.destroyCalls, 0);
-    }
-    EXPECT_EQ(pooled.destroyCalls, 1);
-
-    std::atomic<int> ends{0};
-    class Factory : public VORT::SingletonFactoryBase {
-    public:
-        explicit Factory(std::atomic<int> *ends) : m_ends(ends) {}
-        ~Factory() override { ++*m_ends; }
-        std::atomic<int> *m_ends;
-    };
-    Holder<VORT::SingletonFactoryBase> handle(new Factory(&ends));
-    EXPECT_EQ(handle->incrementReference(), 2);  // a factory starts uncounted
-    handle->decrementReference();
-    handle = nullptr;
-    EXPECT_EQ(ends.load(), 1);
+    EXPECT_EQ(ends * 10 + children, 32);
 }
 
 TEST(HolderConcurrency, SharedObjectEndsOnceWhateverThreadDropsLast) {
-    constexpr int kThreads = 4;
     for (int trial = 0; trial < 20; ++trial) {
         std::atomic<int> ends{0};
         Holder<Shared> root(new Shared(&ends));
-        vort_test::Latch start(kThreads);
-        std::vector<std::thread> threads;
-        for (int t = 0; t < kThreads; ++t) {
-            threads.emplace_back([&root, &start] {
-                Holder<Shared> mine(root);
-                start.countDown();
-                start.wait();
-                std::vector<Holder<Shared>> copies;
-                for (int i = 0; i < 20000; ++i) {
-                    i % 9 ? copies.push_back(mine) : copies.clear();
-                }
-            });
-        }
-        ASSERT_TRUE(start.wait());
-        root = nullptr;  // dropped while the threads are still copying theirs
-        for (auto &thread : threads) {
-            thread.join();
-        }
+        std::vector<Holder<Shared>> mine(4, root);
+        // The last thread to start drops the root while the others are still copying theirs.
+        vort_test::runTogether(5, [&](int t) {
+            if (t == 4) {
+                root = nullptr;
+                return;
+            }
+            std::vector<Holder<Shared>> copies;
+            for (int i = 0; i < 20000; ++i) {
+                i % 9 ? copies.push_back(mine[t]) : copies.clear();
+            }
+            mine[t] = nullptr;
+        });
         EXPECT_EQ(ends.load(), 1);
-    }
-}
-
-namespace {
-
-// Zero before any constructor runs: the class has none.
-AtomicCounter staticCounter;
-
-}  // namespace
-
-TEST(AtomicCounter, EveryOperationReturnsWhatItsNameSays) {
-    EXPECT_TRUE(!staticCounter);
-    AtomicCounter c;
-    c.init(-1);
-    EXPECT_TRUE(!c.ref() && c.ref());  // false when the new value is 0
-    EXPECT_TRUE(!c.deref() && c.deref() && int(c) == -1);
-    c = 0;
-    EXPECT_EQ(++c, 1);  // prefix forms give the new value, postfix the old
-    EXPECT_EQ(c++, 1);
-    EXPECT_EQ(--c, 1);
-    const AtomicCounter &constant = c;
-    EXPECT_EQ(constant--, 1);  // the postfix forms write even through a const counter
-    EXPECT_TRUE(c == 0 && !(c != 0) && !c);
-    c = 4;
-    EXPECT_TRUE(!c.testAndSet(5, 6) && c == 4 && c.testAndSet(4, 6));
-    EXPECT_TRUE(!c.testAndSetAcquire(4, 1) && c.testAndSetAcquire(6, 1));
-    EXPECT_TRUE(!c.testAndSetRelease(6, 2) && c.testAndSetRelease(1, 2));
-    EXPECT_EQ(c.exchange(9), 2);
-    AtomicCounter d;
-    d = c;
-    EXPECT_EQ(d.m_value, 9);
-    for (int value : {-1, 0, 1, 2}) {
-        d.init(value);
-        EXPECT_EQ(VORT::isOnlyReference(d), value == 1);
     }
 }
 
@@ -208,4 +154,66 @@ TEST(AtomicCounterConcurrency, IncrementsAndSwapsAreNeverLost) {
     EXPECT_EQ(int(counter), threads * rounds * 2);
     EXPECT_EQ(int(swapped), threads * rounds);
     EXPECT_EQ(int(zeroes), 0);
+}
+
+TEST(ModuleObjectDeleter, ReleasesInOrderOfEntryOverTheListAsItWasAndCopiesNeverRelease) {
+    g_released.clear();
+    auto held = std::make_shared<int>(0), empty = std::make_shared<int>(0);
+    std::weak_ptr<int> heldAlive = held, emptyAlive = empty;
+    ModuleObject *late = nullptr;
+    {
+        ModuleObjectDeleter deleter;
+        deleter.append(new ItemEntry(new Item{"first"}));
+        // An object whose end enters a new object into the deleter that is releasing it.
+        deleter.append(new ItemEntry(new Item{"reentrant", &deleter, &late}));
+        deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{new Item{"held"}, held}));
+        deleter.append(new ModuleObjectImpl<Probe, ProbeDeleter>(Probe{nullptr, empty}));
+        held.reset();
+        empty.reset();
+    }
+    EXPECT_EQ(g_released, (std::vector<std::string>{"first", "reentrant", "held"}));
+    // The entry with a null pointer freed itself too.
+    EXPECT_TRUE(heldAlive.expired() && emptyAlive.expired());
+    ASSERT_NE(late, nullptr);  // what came in during the walk is left to its owner
+    late->release();
+    EXPECT_EQ(g_released.back(), "late");
+
+    g_released.clear();
+    auto *kept = new ModuleObjectDeleter, *replaced = new ModuleObjectDeleter;
+    ModuleObject *dropped = new ItemEntry(new Item{"dropped"});
+    kept->append(new ItemEntry(new Item{"shared"}));
+    replaced->append(dropped);
+    *replaced = *kept;
+    *replaced = *replaced;
+    { ModuleObjectDeleter copy(*replaced); }  // the copy releases what the original holds
+    EXPECT_EQ(g_released, std::vector<std::string>{"shared"}) << "assignment released an entry";
+    *kept = *replaced = ModuleObjectDeleter();  // both held "shared": else it is released again
+    delete kept;
+    delete replaced;
+    dropped->release();
+    EXPECT_EQ(g_released, (std::vector<std::string>{"shared", "dropped"}));
+}
+
+TEST(TWrappedObjectConcurrency, ListenerOnAnotherThreadGetsThePointerQueued) {
+    Obituary obituary;
+    vort_test::Latch known(1), destroyed(1), processed(1);
+    VTMS::Thread *record = nullptr;
+    std::thread other([&] {
+        record = VTMS::Thread::getCurrentThread();
+        known.countDown();
+        if (destroyed.wait()) {
+            record->process();
+        }
+        processed.countDown();
+    });
+    ASSERT_TRUE(known.wait());
+    auto object = std::make_unique<TWrappedObject>();
+    object->destroyed.connect(&obituary, &Obituary::onDestroyed, record);
+    TWrappedObject *const address = object.get();
+    object.reset();
+    EXPECT_TRUE(obituary.ended.empty()) << "delivered on the destroying thread";
+    destroyed.countDown();
+    ASSERT_TRUE(processed.wait());
+    other.join();
+    EXPECT_EQ(obituary.ended, std::vector<TWrappedObject *>{address});
 }

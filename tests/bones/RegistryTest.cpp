@@ -1,3 +1,4 @@
+#include "support/PlatformHooks.h"
 #include <vort/bones/Library.h>
 #include <vort/bones/PackagePath.h>
 #include <vort/bones/Registry.h>
@@ -6,16 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <type_traits>
+#include <tuple>
+#include <vector>
 
-using VORT::ClassName;
-using VORT::ClassPath;
-using VORT::ErrorHolder;
-using VORT::Package;
-using VORT::PackageName;
-using VORT::PackagePath;
-using VORT::Registry;
-using VORT::StringID;
+using namespace VORT;
 
 namespace {
 
@@ -23,12 +18,19 @@ PackagePath path(const char *text) {
     return PackagePath(StringID(text));
 }
 
-class Factory : public VORT::ClassFactoryBase {
-public:
-    Factory() { ++live; }
-    ~Factory() override { --live; }
-    static inline int live = 0;
+template <typename... Ids>
+std::string joined(Ids const &...ids) {
+    return ((ids.toString() + "|") + ...);
+}
+
+class Library : public vort_test::PlatformHooksTest {
+protected:
+    void SetUp() override { initialize_vort_util(); }
 };
+
+void reassertFromHandler(const char *, const char *, int, const char *) {
+    logAssert("inner.cpp", 2, "inner");
+}
 
 }  // namespace
 
@@ -41,21 +43,14 @@ TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
     EXPECT_FALSE(root->isRoot());  // only the empty path is a root by that test
 
     Package *b = universe.createPackage(path("root.a.b"), error);
-    ASSERT_NE(b, nullptr);
-    ASSERT_FALSE(error.hasError());
     Package *a = universe.findPackage(path("root.a"), error);
-    ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(b->getParent() == a && a->getParent() == root);
+    ASSERT_TRUE(a && b && !error.hasError());
+    EXPECT_TRUE(b->getParent() == a && a->getParent() == root && b->getUniverse() == &universe);
     EXPECT_EQ(b->getPath().toString() + "|" + b->getName().toString(), "root.a.b|b");
-    EXPECT_TRUE(b->getUniverse() == &universe && root->getUniverse() == &universe);
     ASSERT_EQ(a->getChildren().size(), 1);
     EXPECT_TRUE(a->getChildren()[0].get() == b && b->getResolveRoutes().value(0) == a);
-    EXPECT_TRUE(b->getBaseClassNames().isEmpty());
-
     // An existing path gives its package and makes nothing.
     EXPECT_EQ(universe.createPackage(path("root.a.b"), error), b);
-    universe.createPackage(path("root.a.c"), error);
-    EXPECT_EQ(a->getChildren().size() * 10 + root->getChildren().size(), 21);
 }
 
 TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
@@ -63,11 +58,10 @@ TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
     Registry universe(PackageName(StringID("root")));
     ErrorHolder error;
     EXPECT_EQ(universe.findPackage(path("root.x"), error), nullptr);
-    EXPECT_EQ(error.what(), "Package 'root.x' not found.");
-    auto *missing = dynamic_cast<VORT::ZQFErrorType<0x5A0007> *>(error.description());
-    ASSERT_NE(missing, nullptr);
-    EXPECT_EQ(missing->where().file() + ":" + std::to_string(missing->where().line()),
-              ".\\bones\\Registry:61");
+    ASSERT_NE(dynamic_cast<ZQFErrorType<0x5A0007> *>(error.description()), nullptr);
+    EXPECT_EQ(error.what() + error.description()->where().file() +
+                  std::to_string(error.description()->where().line()),
+              "Package 'root.x' not found..\\bones\\Registry61");
 
     // Found: the holder is left alone.
     EXPECT_EQ(universe.findPackage(path("root"), error), universe.getRootPackage());
@@ -75,122 +69,69 @@ TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
 
     error.clear();
     EXPECT_EQ(universe.createPackage(path("a.b"), error), nullptr);
-    EXPECT_EQ(error.what(), "Package '' cannot be registered in Universe with root root.");
-    auto *unplaced = dynamic_cast<VORT::ZQFErrorType<0x5A0008> *>(error.description());
-    ASSERT_NE(unplaced, nullptr);
-    EXPECT_EQ(unplaced->where().line(), 40u);
+    ASSERT_NE(dynamic_cast<ZQFErrorType<0x5A0008> *>(error.description()), nullptr);
+    EXPECT_EQ(error.what() + std::to_string(error.description()->where().line()),
+              "Package '' cannot be registered in Universe with root root.40");
     EXPECT_EQ(universe.findPackage(path("a"), error), nullptr);  // nothing was made
 
     // An old error in the holder makes an existing package look missing: it is made anew.
     error.clear();
     Package *first = universe.createPackage(path("root.p"), error);
-    error.setError(VORT::SimpleErrorDescription(VORT::CodeLocation("here", 1), "stale"));
+    error.setError(SimpleErrorDescription(CodeLocation("here", 1), "stale"));
     Package *remade = universe.createPackage(path("root.p"), error);
-    EXPECT_FALSE(error.hasError());
-    EXPECT_NE(remade, first);
+    EXPECT_TRUE(!error.hasError() && remade != first);
     EXPECT_EQ(universe.findPackage(path("root.p"), error), remade);
     EXPECT_EQ(universe.getRootPackage()->getChildren().size(), 2);
 }
 
-TEST(Registry, AnUnnamedRootTakesEveryPathButKeysDiffer) {
-    Registry universe{PackageName()};
-    ErrorHolder error;
-    Package *a = universe.createPackage(path("a"), error);
-    ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(universe.getRootPackage()->isRoot() && a->getPath() == path(".a"));
-    EXPECT_EQ(universe.findPackage(path("a"), error), a);
-    EXPECT_EQ(universe.findPackage(path(".a"), error), nullptr);
-    EXPECT_EQ(universe.createPackage(path(""), error), universe.getRootPackage());
-}
-
-TEST(Registry, PackagesOwnTheirFactoriesAndRegisterTheirClass) {
-    {
-        Registry universe(PackageName(StringID("root")));
-        ErrorHolder error;
-        Package *a = universe.createPackage(path("root.a"), error);
-        Package *b = universe.createPackage(path("root.b"), error);
-        a->baseClasses().insert(VORT::ClassName(StringID("F")), new Factory);
-        a->baseClasses().insert(VORT::ClassName(StringID("G")), new Factory);
-        b->baseClasses().insert(VORT::ClassName(StringID("H")), new Factory);
-        EXPECT_EQ(a->getBaseClassNames().size(), 2);
-        // b takes a's tables (and its count, 2 like its own): b's factory goes, a's are shared.
-        *b = *a;
-        EXPECT_EQ(Factory::live * 10 + b->getBaseClassNames().size(), 22);
-
-        VORT::ClassRegistration<Package>::registerIn(a);
-        EXPECT_EQ(b->getClassPath().toString() + Package::staticGetClassName().toString(),
-                  "root.a:PackagePackage");
-        EXPECT_EQ(b->getPackage(), a);
-
-        // A copy of the registry shares the packages, which still point at the first.
-        const Registry copy(universe);
-        EXPECT_EQ(copy.getRootPackage(), universe.getRootPackage());
-        EXPECT_TRUE(copy.findPackage(path("root.a"), error) == a && a->getUniverse() == &universe);
-    }
-    EXPECT_EQ(Factory::live, 0);
-}
-
 TEST(PackagePath, ValidatesAndSplitsEachFormByItsGrammar) {
-    struct Case {
-        const char *text;
-        bool name, packagePath, classPath;
-    };
-    const Case cases[] = {{"", false, true, false},        {"W_1\t\xC3\xA9", true, true, false},
-                          {"a..b", false, true, false},    {".a.", false, true, false},
-                          {"a b.c", false, false, false},  {":Widget", false, false, true},
-                          {"a..b.:C", false, false, true}, {"a:b:C", false, false, false},
-                          {"a.b:", false, false, false},   {"a:b.c", false, false, false}};
-    for (Case const &c : cases) {
-        EXPECT_EQ(ClassName(StringID(c.text)).isValid(), c.name) << c.text;
-        EXPECT_EQ(PackageName(StringID(c.text)).isValid(), c.name) << c.text;
-        EXPECT_EQ(PackagePath(StringID(c.text)).isValid(), c.packagePath) << c.text;
-        EXPECT_EQ(ClassPath(StringID(c.text)).isValid(), c.classPath) << c.text;
+    // A text, then whether it is a valid name, package path and class path.
+    const std::tuple<const char *, bool, bool, bool> cases[] = {
+        {"", false, true, false},        {"W_1\t\xC3\xA9", true, true, false},
+        {"a..b", false, true, false},    {".a.", false, true, false},
+        {"a b.c", false, false, false},  {":Widget", false, false, true},
+        {"a..b.:C", false, false, true}, {"a:b:C", false, false, false},
+        {"a.b:", false, false, false},   {"a:b.c", false, false, false}};
+    for (auto const &[text, name, packagePath, classPath] : cases) {
+        const StringID id(text);
+        EXPECT_EQ(std::make_tuple(ClassName(id).isValid(), PackageName(id).isValid(),
+                                  PackagePath(id).isValid(), ClassPath(id).isValid()),
+                  std::make_tuple(name, name, packagePath, classPath))
+            << text;
     }
     // path: super path, last name, first name; class path: package path, class name
     const char *const parts[][6] = {
         {"", "", "", "", "", ""},
-        {"a", "", "a", "a", "", ""},
         {"a.b:C", "a", "b:C", "a", "a.b", "C"},
-        {".a", "", "a", "", "", ""},
         {"a:b:C", "", "a:b:C", "a:b:C", "a", "b:C"},
         {":W", "", ":W", ":W", "", "W"},
     };
     for (auto const &p : parts) {
         const PackagePath path{StringID(p[0])};
         const ClassPath classPath{StringID(p[0])};
-        EXPECT_EQ(path.getSuperPackagePath().toString() + "|" + path.getPackageName().toString() +
-                      "|" + path.getFirstPackageName().toString() + "|" +
-                      classPath.getPackagePath().toString() + "|" +
-                      classPath.getClassName().toString(),
-                  std::string(p[1]) + "|" + p[2] + "|" + p[3] + "|" + p[4] + "|" + p[5]);
-        EXPECT_EQ(path.isRoot(), *p[0] == '\0') << p[0];
-        EXPECT_EQ(classPath.isRoot(), *p[0] == ':') << p[0];
+        EXPECT_EQ(
+            joined(path.getSuperPackagePath(), path.getPackageName(), path.getFirstPackageName(),
+                   classPath.getPackagePath(), classPath.getClassName()),
+            std::string(p[1]) + "|" + p[2] + "|" + p[3] + "|" + p[4] + "|" + p[5] + "|");
+        EXPECT_TRUE(path.isRoot() == (*p[0] == '\0') && classPath.isRoot() == (*p[0] == ':'))
+            << p[0];
     }
 }
 
-TEST(PackagePath, ConcatJoinsBlindlyWithTheTablesSeparator) {
-    const PackageName a{StringID("a")};
-    const PackagePath ab{StringID("a.b")}, root;
-    const ClassName c{StringID("C")};
-    const ClassPath cd{StringID("c:D")};
-    const std::string joined[] = {
-        a.concat(a).toString(),    a.concat(ab).toString(),  a.concat(c).toString(),
-        a.concat(cd).toString(),   ab.concat(ab).toString(), ab.concat(a).toString(),
-        ab.concat(c).toString(),   ab.concat(cd).toString(), root.concat(a).toString(),
-        root.concat(c).toString(), a.concat(root).toString()};
-    const std::string expected[] = {"a.a",   "a.a.b",   "a:C", "a.c:D", "a.b.a.b", "a.b.a",
-                                    "a.b:C", "a.b.c:D", ".a",  ":C",    "a."};
-    for (int i = 0; i < 11; ++i) {
-        EXPECT_EQ(joined[i], expected[i]) << i;
-    }
-    static_assert(std::is_same<decltype(a.concat(cd)), ClassPath>::value, "");
-    static_assert(std::is_same<decltype(ab.concat(a)), PackagePath>::value, "");
-}
-
-TEST(PackagePath, ComparesAsItsIdAndKeepsKindsApart) {
-    const PackagePath path{StringID("a.b")}, lenient{StringID("a..b")};
-    EXPECT_TRUE(path == PackagePath(PackageName(StringID("a.b"))));
-    EXPECT_TRUE(path != lenient);  // the same package by the grammar, another text
-    static_assert(!std::is_convertible<ClassName, PackagePath>::value, "kinds stay apart");
-    static_assert(sizeof(ClassPath) == sizeof(StringID), "as cheap as an id");
+TEST_F(Library, LogAssertReportsOnceAndNeverRecurses) {
+    logAssert(".\\bones\\Registry", 120, "node != 0");
+    EXPECT_EQ(platform.debugOutput(), ".\\bones\\Registry (120) : Assertion failure (node != 0)");
+    auto reports = platform.assertions();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].expression + reports[0].file + std::to_string(reports[0].line),
+              "node != 0.\\bones\\Registry120");
+    platform.clear();
+    const HslAssertHandler recorder = hslSetAssertHandler(&reassertFromHandler);
+    logAssert("outer.cpp", 1, "outer");
+    hslSetAssertHandler(recorder);
+    EXPECT_EQ(platform.debugOutput(), "outer.cpp (1) : Assertion failure (outer)")
+        << "the assertion raised inside the handler is dropped";
+    platform.clear();
+    logAssert("after.cpp", 3, "after");
+    EXPECT_EQ(platform.assertions().size(), 1u) << "the flag is cleared after a report";
 }

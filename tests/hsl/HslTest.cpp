@@ -39,116 +39,59 @@ protected:
 
 }  // namespace
 
-TEST_F(HslMessages, SubstitutesInOrderOrByNumber) {
+TEST_F(HslMessages, SubstitutesInOrderOrByNumberNamesUnknownCodesAndKeepsInTheBuffer) {
     EXPECT_EQ(format(0x7F0001), "Plain text.");
     EXPECT_EQ(format(0x7F0002, "a", "b"), "Item 'a' in 'b' (100%).");
     EXPECT_EQ(format(0x7F0002, "a"), "Item 'a' in '' (100%).") << "missing arguments read empty";
+    EXPECT_NE(format(0x7F00AB).find("0x7F00AB"), std::string::npos);
     hslSetLanguage("de");
     EXPECT_STREQ(hslGetLanguage(), "de");
     EXPECT_EQ(format(0x7F0002, "a", "b"), "'b' enth\xE4lt 'a'.");
     EXPECT_EQ(format(0x7F0003, "x"), "Only x here.") << "no German text: English is used";
     hslSetLanguage("en");
     EXPECT_EQ(format(0x7F0001), "Plain text.");
-}
-
-TEST_F(HslMessages, UnknownCodeIsNamedInHexadecimal) {
-    EXPECT_NE(format(0x7F00AB).find("0x7F00AB"), std::string::npos);
-}
-
-TEST_F(HslMessages, OutputNeverPassesTheBuffer) {
+    // The output never passes the buffer.
     for (size_t size = 1; size < 40; ++size) {
         char buffer[64];
         std::memset(buffer, '#', sizeof buffer);
         const int written =
-            hsl_sprintm(hslGetMessageContext(), buffer, size, 0x7F0002, "a long argument",
+            hsl_sprintm(hslGetMessageContext(), buffer, size, 0x7F0002, "a long",
                         "another long argument", static_cast<const char *>(nullptr));
-        EXPECT_EQ(static_cast<size_t>(written), std::strlen(buffer));
-        EXPECT_LT(std::strlen(buffer), size);
-        for (size_t i = size; i < sizeof buffer; ++i) {
-            ASSERT_EQ(buffer[i], '#') << "byte " << i << " written with a buffer of " << size;
-        }
+        EXPECT_TRUE(size_t(written) == std::strlen(buffer) && std::strlen(buffer) < size);
+        ASSERT_EQ(std::string(buffer + size, sizeof buffer - size), std::string(64 - size, '#'));
     }
-    EXPECT_EQ(hsl_sprintm(hslGetMessageContext(), nullptr, 0, 0x7F0001, nullptr), 0);
 }
 
-TEST_F(HslMessages, RemovedTableIsNoLongerFound) {
-    const uint32_t codes[] = {0x7E0001, 0xFFFFFFFF};
-    const char *const ids[] = {"T_Gone"};
-    const char *const texts[] = {"Gone soon."};
-    const hsl_message_table table = {1, 0x7E, codes, ids, texts, ""};
-    void *context = hslGetMemoryContext();
-    ASSERT_EQ(hsl_mem_add_primary_message_table(context, &table), 0);
-    EXPECT_EQ(format(0x7E0001), "Gone soon.");
-    EXPECT_EQ(hsl_mem_remove_primary_message_table(context, &table), 0);
-    EXPECT_NE(format(0x7E0001), "Gone soon.");
-    EXPECT_EQ(hsl_mem_remove_primary_message_table(context, &table), -1);
-}
-
-TEST_F(HslMessages, AssertionsReachTheInstalledHandler) {
+TEST_F(HslMessages, HooksReceiveAssertionsOutputAndTheClock) {
     hsl_assert("x > 0", "file.cpp", 12);
     hsl_assertstr("y", "other.cpp", 34, "why");
-    const auto reports = platform.assertions();
-    ASSERT_EQ(reports.size(), 2u);
-    EXPECT_EQ(reports[0].expression, "x > 0");
-    EXPECT_EQ(reports[0].file, "file.cpp");
-    EXPECT_EQ(reports[0].line, 12);
-    EXPECT_FALSE(reports[0].hasMessage);
-    EXPECT_TRUE(reports[1].hasMessage);
-    EXPECT_EQ(reports[1].message, "why");
-}
+    const auto r = platform.assertions();
+    ASSERT_EQ(r.size(), 2u);
+    EXPECT_EQ(r[0].expression + r[0].file + std::to_string(r[0].line) + r[1].message,
+              "x > 0file.cpp12why");
+    EXPECT_TRUE(!r[0].hasMessage && r[1].hasMessage);
+    const std::string longText(2000, 'z');
+    EXPECT_EQ(hslPrintf("%d-%s", 42, longText.c_str()), 2003);
+    hslDebugOutput("to the debugger");
+    platform.setClock(12.5);
+    EXPECT_EQ(platform.consoleOutput() + platform.debugOutput() + std::to_string(hslRealtime()),
+              "42-" + longText + "to the debugger12.500000");
 
-TEST_F(HslMessages, HooksReturnThePreviousOneAndNullRestoresTheDefault) {
+    // A setter answers the previous hook; null restores the default.
     HslTextSink mine = [](const char *) {};
     const HslTextSink capture = hslSetConsoleSink(mine);
     EXPECT_EQ(hslSetConsoleSink(nullptr), mine);
     const HslTextSink fallback = hslSetConsoleSink(capture);
-    EXPECT_NE(fallback, mine);
-    EXPECT_NE(fallback, nullptr);
+    EXPECT_TRUE(fallback != mine && fallback != nullptr);
 }
 
-TEST_F(HslMessages, ConsoleAndDebugOutputGoToTheirSinks) {
-    const std::string longText(2000, 'z');
-    EXPECT_EQ(hslPrintf("%d-%s", 42, longText.c_str()), 2003);
-    EXPECT_EQ(platform.consoleOutput(), "42-" + longText);
-    hslDebugOutput("to the debugger");
-    EXPECT_EQ(platform.debugOutput(), "to the debugger");
-}
-
-TEST_F(HslMessages, ClockFollowsTheInstalledSource) {
-    platform.setClock(12.5);
-    EXPECT_EQ(hslRealtime(), 12.5);
-    hslSetRealtimeSource(nullptr);
-    const double a = hslRealtime();
-    const double b = hslRealtime();
-    EXPECT_LE(a, b) << "the default clock is monotonic";
-}
-
-TEST(HslHash, IsXxHash32WithTheSeedFirst) {
-    // Published xxHash32 values.
-    EXPECT_EQ(hsl_hash_string(0, ""), 0x02CC5D05u);
-    EXPECT_EQ(hsl_hash_string(0, "abc"), 0x32D153FFu);
-    EXPECT_EQ(hsl_hash_string(0, "Nobody inspects the spammish repetition"), 0xE2293B2Fu);
-    EXPECT_NE(hsl_hash_string(1, "abc"), hsl_hash_string(0, "abc"));
-    const char bytes[] = "abc\0def";
-    EXPECT_EQ(hsl_hash_n_bytes(0, bytes, 3), hsl_hash_string(0, "abc"));
-    EXPECT_NE(hsl_hash_n_bytes(0, bytes, 7), hsl_hash_string(0, "abc"));
-    EXPECT_EQ(hslStrlen(bytes), 3u);
-    EXPECT_EQ(hslStrlen(nullptr), 0u);
-}
-
-TEST(HslThreads, SignalThreadIsTheOneMarked) {
-    bool otherBefore = true;
-    std::thread([&] { otherBefore = hslIsSignalThread() != 0; }).join();
-    EXPECT_FALSE(otherBefore) << "no thread is marked at start";
-    hslSetSignalThread();
-    EXPECT_TRUE(hslIsSignalThread());
-    bool otherAfter = true;
-    std::thread([&] { otherAfter = hslIsSignalThread() != 0; }).join();
-    EXPECT_FALSE(otherAfter);
-}
-
-TEST(HslThreads, ThreadSpecificSlotsAreSeparatePerThread) {
+TEST(HslPlatform, SignalThreadAndSlotsArePerThreadAndTheHashIsXxHash32) {
     using namespace Corvane::System;
+    bool marked = true;
+    hslSetSignalThread();
+    std::thread([&] { marked = hslIsSignalThread() != 0; }).join();
+    EXPECT_TRUE(hslIsSignalThread() && !marked);
+
     const tss_key key = tss_create(nullptr);
     int mine = 1;
     tss_set(key, &mine);
@@ -158,7 +101,14 @@ TEST(HslThreads, ThreadSpecificSlotsAreSeparatePerThread) {
         int theirs = 2;
         tss_set(key, &theirs);
     }).join();
-    EXPECT_EQ(seenElsewhere, nullptr);
-    EXPECT_EQ(tss_get(key), &mine);
+    EXPECT_TRUE(seenElsewhere == nullptr && tss_get(key) == &mine);
     tss_delete(key);
+    // Published xxHash32 values.
+    EXPECT_TRUE(hsl_hash_string(0, "") == 0x02CC5D05u && hsl_hash_string(0, "abc") == 0x32D153FFu);
+    EXPECT_EQ(hsl_hash_string(0, "Nobody inspects the spammish repetition"), 0xE2293B2Fu);
+    EXPECT_NE(hsl_hash_string(1, "abc"), hsl_hash_string(0, "abc"));
+    const char bytes[] = "abc\0def";
+    EXPECT_TRUE(hsl_hash_n_bytes(0, bytes, 3) == hsl_hash_string(0, "abc") &&
+                hsl_hash_n_bytes(0, bytes, 7) != hsl_hash_string(0, "abc"));
+    EXPECT_EQ(hslStrlen(bytes) * 10 + hslStrlen(nullptr), 30u);
 }

@@ -6,26 +6,22 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 namespace vort_test {
 
-using FuzzTarget = int (*)(const std::uint8_t *, std::size_t);
-
 inline void replayCorpus(std::filesystem::path const &corpus, const char *target,
-                         FuzzTarget entry) {
+                         int (*entry)(const std::uint8_t *, std::size_t)) {
     int replayed = 0;
     for (auto const &file : std::filesystem::directory_iterator(corpus / target)) {
-        std::ostringstream bytes;
-        bytes << std::ifstream(file.path(), std::ios::binary).rdbuf();
-        const std::string data = bytes.str();
-        SCOPED_TRACE(file.path().string());
-        EXPECT_EQ(entry(reinterpret_cast<const std::uint8_t *>(data.data()), data.size()), 0);
+        std::ifstream in(file.path(), std::ios::binary);
+        const std::string data{std::istreambuf_iterator<char>(in), {}};
+        EXPECT_EQ(entry(reinterpret_cast<const std::uint8_t *>(data.data()), data.size()), 0)
+            << file.path();
         ++replayed;
     }
     EXPECT_GT(replayed, 0) << target;

@@ -45,36 +45,30 @@ public:
 
 protected:
     VORT::any convertFromString(std::string const &text, VORT::ErrorHolder &error) const override {
-        if (text == "ok") {
-            return VORT::any(m_parameter);
-        }
-        return VORT::Type::convertFromString(text, error);
+        return text == "ok" ? VORT::any(m_parameter) : VORT::Type::convertFromString(text, error);
     }
     std::string convertToString(VORT::any const &value) const override {
         return std::to_string(VORT::any_cast<int>(value));
     }
     VORT::any convertFromByteArray(VORT::ByteArray const &bytes,
                                    VORT::ErrorHolder &error) const override {
-        if (m_failBytes) {
-            error.setError(VORT::SimpleErrorDescription(VORT::CodeLocation(".\\probe", 1),
-                                                        "probe refuses bytes"));
-            return VORT::any();
+        if (!m_failBytes) {
+            return VORT::Type::convertFromByteArray(bytes, error);
         }
-        return VORT::Type::convertFromByteArray(bytes, error);
+        error.setError(
+            VORT::SimpleErrorDescription(VORT::CodeLocation(".\\probe", 1), "probe refuses bytes"));
+        return VORT::any();
     }
     VORT::any defaultConstruct() const override { return VORT::any(m_parameter); }
-    bool isEqualTo(VORT::Type *other) const override {
-        return m_parameter == static_cast<ProbeType *>(other)->m_parameter;
-    }
-    bool isLessThan(VORT::Type *other) const override {
-        return m_parameter < static_cast<ProbeType *>(other)->m_parameter;
-    }
+    bool isEqualTo(VORT::Type *other) const override { return m_parameter == of(other); }
+    bool isLessThan(VORT::Type *other) const override { return m_parameter < of(other); }
     ProbeType *clone() const override {
         ++clones;
         return new ProbeType(*this);
     }
 
 private:
+    static int of(VORT::Type *other) { return static_cast<ProbeType *>(other)->m_parameter; }
     int m_parameter;
     bool m_failBytes;
 };
