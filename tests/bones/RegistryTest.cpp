@@ -1,12 +1,22 @@
 #include "support/PlatformHooks.h"
+#include <vort/bones/FileUtils.h>
 #include <vort/bones/Library.h>
 #include <vort/bones/PackagePath.h>
 #include <vort/bones/Registry.h>
 #include <vort/err/ZQFErrorDescription.h>
 
+#include <QtCore/QTemporaryDir>
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <memory>
 #include <string>
+#include <sys/stat.h>
 #include <tuple>
 #include <vector>
 
@@ -134,4 +144,51 @@ TEST_F(Library, LogAssertReportsOnceAndNeverRecurses) {
     platform.clear();
     logAssert("after.cpp", 3, "after");
     EXPECT_EQ(platform.assertions().size(), 1u) << "the flag is cleared after a report";
+}
+
+// Patterns match without case, hidden entries stay out, a looping link is not followed, and
+// without recursion the immediate subfolders are searched all the same. The time list comes in
+// reverse order of gathering, its times cut to 32 bits.
+TEST(FileUtils, GathersFilesListsTheirTimesAndReadsTextFiles) {
+    QTemporaryDir folder;
+    const std::string root = folder.path().toStdString();
+    const auto write = [&root](std::string const &name, std::string const &text, std::int64_t t) {
+        const std::filesystem::path path = root + "/" + name;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+        const struct timespec times[2] = {{t, 0}, {t, 0}};
+        return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
+    };
+    ASSERT_TRUE(write("top.xml", "line one\r\nline two\n", 1000000000) &&
+                write("UPPER.XML", "", 7) && write(".hidden.xml", "", 7) &&
+                write("sub/a.xml", "", 4294967296LL + 77) && write("sub/deep/b.xml", "", 7) &&
+                write("\xC3\xA9migr\xC3\xA9/\xC3\xBC.xml", "", 7) && write("notes.txt", "", 7));
+    std::filesystem::create_directory_symlink("..", root + "/sub/deep/back");
+    std::vector<std::string> deep, shallow;
+    VORT::gatherFiles(root, "*.xml", deep, true);
+    VORT::gatherFiles(root + "/", "*.XML", shallow, false);
+    std::vector<std::pair<std::string, unsigned long>> list{{"kept", 1ul}};
+    VORT::buildFileAndTimeList(root, "*.xml", false, list);
+    std::string text;
+    for (auto const &[path, time] : list) {
+        text += path.substr(path.find('/') == 0 ? root.size() + 1 : 0) + "@" +
+                std::to_string(time) + " ";
+    }
+    std::sort(deep.begin(), deep.end());
+    EXPECT_EQ(deep.size() + shallow.size(), 9u);
+    EXPECT_EQ(deep.back(), root + "/\xC3\xA9migr\xC3\xA9/\xC3\xBC.xml");
+    EXPECT_EQ(list.size(), shallow.size() + 1);
+    EXPECT_EQ(list.back().first, shallow.front());
+    EXPECT_NE(text.find("sub/a.xml@77 "), std::string::npos) << text;
+    EXPECT_NE(text.find("top.xml@1000000000 "), std::string::npos) << text;
+
+    // Text mode turns "\r\n" into "\n", a NUL ends what arrived, and the size is the file's.
+    std::int64_t size = -7;
+    std::unique_ptr<char[]> read(VORT::readTextFileIntoNewBuffer(root + "/top.xml", size));
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read.get() + std::to_string(size), "line one\nline two\n19");
+    EXPECT_TRUE(VORT::readTextFileIntoNewBuffer(root + "/UPPER.XML", size) == nullptr && size == 0);
+    size = -7;
+    EXPECT_TRUE(VORT::readTextFileIntoNewBuffer(root + "/missing", size) == nullptr &&
+                VORT::readTextFileIntoNewBuffer(root + "/sub", size) == nullptr && size == -7);
 }

@@ -191,6 +191,22 @@ TEST(StringID, ConcatenatesComparesWithoutCaseAndHashesByAddress) {
     EXPECT_EQ(toString(mixed), "Content-Type");
 }
 
+// An id streams out as its bare text and reads the rest of the stream, blanks included, up to
+// a byte 0xFF, which ends the text and is consumed; other high bytes are kept.
+TEST(StringID, StreamsTheBareTextAndReadsTheRestUpToAByteFF) {
+    std::ostringstream out;
+    out << '[' << StringID("two words") << ']' << StringID() << '.';
+    std::istringstream in("key  blanks,\ttabs\n\xFFsecond caf\xC3\xA9\xFE");
+    std::string key;
+    StringID first, second, third;
+    in >> key >> first;
+    const bool stoppedBeforeTheEnd = !in.eof();
+    in >> second >> third;  // nothing left: the empty id, and the stream has failed
+    EXPECT_EQ(out.str() + first.getString() + "|" + second.getString(),
+              "[two words].  blanks,\ttabs\n|second caf\xC3\xA9\xFE");
+    EXPECT_TRUE(stoppedBeforeTheEnd && third.empty() && in.fail());
+}
+
 TEST(StringIDConcurrency, EachTextGetsExactlyOneIdReadableWhileOthersIntern) {
     constexpr int kThreads = 4, kTexts = 3000;
     std::vector<std::string> texts;

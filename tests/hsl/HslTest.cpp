@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -83,6 +84,12 @@ TEST_F(HslMessages, HooksReceiveAssertionsOutputAndTheClock) {
     EXPECT_EQ(hslSetConsoleSink(nullptr), mine);
     const HslTextSink fallback = hslSetConsoleSink(capture);
     EXPECT_TRUE(fallback != mine && fallback != nullptr);
+
+    // The default clock counts seconds of the monotonic clock, to within a scheduler tick.
+    hslSetRealtimeSource(nullptr);
+    const double steady =
+        std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+    EXPECT_NEAR(hslRealtime(), steady, 0.1);
 }
 
 TEST(HslPlatform, SignalThreadAndSlotsArePerThreadAndTheHashIsXxHash32) {

@@ -692,6 +692,17 @@ TEST(DataNode, MalformedFilesKeepWhatWasFinishedAndBoundsHold) {
     const Loaded tooWide = load(wide + "</" + name + ">");
     EXPECT_EQ(tooWide.error + std::to_string(tooWide.rootLoaded),
               "Configuration data larger than 134217728 bytes in memory0");
+    // Each entity expands tenfold; the last would be ten billion characters.
+    std::string bomb = "<!DOCTYPE b [<!ENTITY e0 \"lol\">";
+    for (int i = 1; i < 10; ++i) {
+        bomb += "<!ENTITY e" + std::to_string(i) + " \"";
+        for (int j = 0; j < 10; ++j) {
+            bomb += "&e" + std::to_string(i - 1) + ";";
+        }
+        bomb += "\">";
+    }
+    const Loaded bombed = load(bomb + "]><b>&e9;</b>");
+    EXPECT_TRUE(!bombed.rootLoaded && !bombed.error.empty());
 }
 
 TEST_F(DatabaseTest, MergesTheFilesOfEveryFolderInFileNameOrder) {
