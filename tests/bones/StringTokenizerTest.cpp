@@ -4,6 +4,7 @@
 #include <vort/bones/StringTokenizer.h>
 #include <vort/bones/StringUtils.h>
 #include <vort/bones/UUID.h>
+#include <vort/bones/VTStringList.h>
 
 #include <gtest/gtest.h>
 
@@ -246,4 +247,48 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 TEST(TextGrammarFuzzer, ReplaysTheKeptCorpus) {
     vort_test::replayCorpus(VORT_FUZZ_CORPUS_DIR, "text_grammar_fuzzer", &LLVMFuzzerTestOneInput);
+}
+
+// Copies in, clamped insertions, a cursor that stays on its element and rewinds after a
+// removal, a ring through the end, and case-blind matching of ASCII letters only.
+TEST(VTStringList, InsertsRemovesWalksAndComparesCopies) {
+    const auto walk = [](VTStringList &list) {
+        std::string all;
+        for (const char *e = list.firstElement(); e != nullptr; e = list.nextElement()) {
+            all += std::string(all.empty() ? "" : ",") + e;
+        }
+        return all;
+    };
+    char text[] = "b";
+    VTStringList list;
+    EXPECT_TRUE(list.firstElement() == nullptr && list.nextElement() == nullptr);
+    list.addElement(text);
+    text[0] = 'x';
+    list.addElement(nullptr);
+    for (auto const &[index, element] :
+         {std::make_pair(0, "a"), {-5, "first"}, {99, "last"}, {2, "mid"}, {1, nullptr}}) {
+        list.insertElement(index, element);
+    }
+    EXPECT_EQ(walk(list) + std::to_string(list.size()), "first,a,mid,b,last5");
+    list.firstElement();
+    list.insertElement(0, "Mid");
+    EXPECT_STREQ(list.nextElement(), "a");
+    std::string ring;
+    for (int index : {0, 5, 6, 7, 12, -1}) {
+        const char *element = list.elementAt(index);
+        ring += std::string(element == nullptr ? "null" : element) + " ";
+    }
+    EXPECT_EQ(ring, "Mid last null Mid last Mid ");
+    EXPECT_FALSE(list.removeElement("gamma", false) || list.isInList("MID", true) ||
+                 list.isInList(nullptr, false) ||
+                 list.isInList("m\xC9"
+                               "d",
+                               false));
+    EXPECT_STREQ(list.nextElement(), "mid");  // a failed removal leaves the cursor
+    EXPECT_TRUE(list.isInList("MID", false) && list.removeElement("mId", false));
+    EXPECT_STREQ(list.nextElement(), "a");  // the cursor went back to the first element
+    VTStringList copy(list);
+    EXPECT_TRUE(copy == list && copy.elementAt(0) != list.elementAt(0) && !copy.nextElement());
+    copy.addElement("more");
+    EXPECT_TRUE(copy != list && walk(list) == "first,a,b,last");
 }

@@ -109,6 +109,11 @@ TEST_F(Prefs, LoadsOnceRetriesAfterAMissingFileAndNeedsAPlace) {
         use(directory, "R");
         EXPECT_EQ(Store::getPrefFileName(), name);
     }
+    // Without a host there is no place: nothing loads, clears or saves.
+    VTServices::VTService<VTServices::ApplicationContext>::install(nullptr);
+    Store::m_dirty = true;
+    EXPECT_FALSE(P::loadPrefs() || P::clearPrefs() || P::savePrefs());
+    EXPECT_TRUE(Store::getPrefFileName().empty() && Store::m_dirty);
 }
 
 TEST_F(Prefs, WritesTypedTextsSortedAfterTheHeaderReadsThemBackAndMarksOnlyRealChanges) {
