@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
@@ -61,6 +62,9 @@ TEST(Registry, MakesMissingAncestorsFromTheTopDown) {
     EXPECT_TRUE(a->getChildren()[0].get() == b && b->getResolveRoutes().value(0) == a);
     // An existing path gives its package and makes nothing.
     EXPECT_EQ(universe.createPackage(path("root.a.b"), error), b);
+    // A package's own class is named after the package that registers it.
+    VORT::ClassRegistration<VORT::Package>::registerIn(a);
+    EXPECT_EQ(b->getClassPath().toString(), "root.a:Package");
 }
 
 TEST(Registry, ReportsPackagesItCannotFindOrPlace) {
@@ -191,4 +195,15 @@ TEST(FileUtils, GathersFilesListsTheirTimesAndReadsTextFiles) {
     size = -7;
     EXPECT_TRUE(VORT::readTextFileIntoNewBuffer(root + "/missing", size) == nullptr &&
                 VORT::readTextFileIntoNewBuffer(root + "/sub", size) == nullptr && size == -7);
+
+    // The resident size, which the process's status gives in kilobytes.
+    const double before = VORT::GetCurrentProcessMemory(false);
+    const std::size_t bytes = std::size_t(32) << 20;
+    std::unique_ptr<volatile char[]> block(new volatile char[bytes]);
+    for (std::size_t i = 0; i < bytes; i += 4096) {
+        block[i] = 1;
+    }
+    const double after = VORT::GetCurrentProcessMemory(false);
+    EXPECT_TRUE(std::fmod(before, 1024.0) == 0.0 && after - before >= 24.0 * 1048576.0);
+    EXPECT_NEAR(VORT::GetCurrentProcessMemory(true), after / 1048576.0, 8.0);
 }
