@@ -171,11 +171,12 @@ Holder<Node> Manager::doBuildImageNode(std::string const &key) {
     std::string &a = fields.a;
     std::string &b = fields.b;
     std::string &modifierName = fields.modifierName;
+    std::string &modifierArgs = fields.modifierArgs;
     a.clear();
     b.clear();
     modifierName.clear();
-    fields.modifierArgs.clear();
-    if (!parseKey(key, a, b, modifierName, fields.modifierArgs)) {
+    modifierArgs.clear();
+    if (!parseKey(key, a, b, modifierName, modifierArgs)) {
         return Holder<Node>();
     }
     if (!b.empty() && modifierName.empty()) {
@@ -184,7 +185,7 @@ Holder<Node> Manager::doBuildImageNode(std::string const &key) {
     if (modifierName.empty() && !a.empty()) {
         modifierName = kLoadImage;
     }
-    const boost::shared_ptr<Modifier> modifier = buildModifier(modifierName, fields.modifierArgs);
+    const boost::shared_ptr<Modifier> modifier = buildModifier(modifierName, modifierArgs);
     if (!modifier) {
         return Holder<Node>();
     }

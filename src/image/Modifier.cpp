@@ -48,17 +48,16 @@ bool rowHasColour(QRgb const *line, int width) {
 // own images only 16 bytes). Null when the size is empty or the memory isn't there.
 QImage alignedCanvas(QSize const &size) {
     constexpr std::size_t kAlignment = 64;
-    if (size.isEmpty() ||
-        static_cast<std::size_t>(size.height()) >
-            std::numeric_limits<std::size_t>::max() / 4 / static_cast<std::size_t>(size.width())) {
+    // The block holds the pixels and the slack for aligning them, with no overflow on the way.
+    if (size.isEmpty() || static_cast<std::size_t>(size.height()) >
+                              (std::numeric_limits<std::size_t>::max() - kAlignment) / 4 /
+                                  static_cast<std::size_t>(size.width())) {
         return QImage();
     }
     const std::size_t bytes = static_cast<std::size_t>(size.width()) * 4 * size.height();
     // Aligned by hand inside one plain block: `aligned_alloc` would split a block of its own
     // and hand the allocator a fragment to file away on every call.
-    void *block = bytes <= std::numeric_limits<std::size_t>::max() - kAlignment
-                      ? std::malloc(bytes + kAlignment)
-                      : nullptr;
+    void *block = std::malloc(bytes + kAlignment);
     if (block == nullptr) {
         return QImage();
     }
